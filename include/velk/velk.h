@@ -1,0 +1,23 @@
+#ifndef VELK_VELK_H
+#define VELK_VELK_H
+
+// The whole public interface of velk.
+
+#include "Vec2f.h"
+#include "report.h"
+#include "UxWatch.h"
+#include "VelkImage.h"
+#include "VelkVectorField.h"
+
+#include "VelkIntegrator.h"
+#include "FixedIntegrator.h"
+#include "Euler.h"
+#include "Midpoint.h"
+#include "AdaptiveIntegrator.h"
+#include "RK43.h"
+#include "RKCK.h"
+#include "RKDP.h"
+
+#include "kovrapackage.h"
+
+#endif
