@@ -7,6 +7,8 @@ packages=(
     cmake ninja-build g++ make pkg-config
     libgtest-dev libbenchmark-dev
     libpng-dev
+    clang-format
+    netpbm
 )
 
 missing=()
