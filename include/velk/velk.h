@@ -18,6 +18,8 @@
 #include "RKCK.h"
 #include "RKDP.h"
 
+#include "colorspace.h"
+
 #include "kovrapackage.h"
 
 #endif
