@@ -18,7 +18,14 @@
 #include "RKCK.h"
 #include "RKDP.h"
 
+#include "UxSobol.h"
+#include "VelkCompute.h"
+
 #include "colorspace.h"
+#include "byteorder.h"
+#include "VelkScanConvert.h"
+#include "VelkColormap.h"
+#include "VelkScalarField.h"
 
 #include "kovrapackage.h"
 

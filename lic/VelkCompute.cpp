@@ -1,0 +1,388 @@
+#include "VelkCompute.h"
+
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+
+#include "Midpoint.h"
+#include "RK43.h"
+#include "UxSobol.h"
+#include "VelkImage.h"
+#include "VelkVectorField.h"
+#include "report.h"
+
+namespace {
+
+// Upper bound of nFilter and nExtension. It keeps the three nested running sums
+// and the cubic kernel's numerator and divisor far inside 64 bits.
+const int kMaxSteps = 1 << 17;
+
+// Sub-pixel coordinates (pixel * numSubPixels) are truncated from floats.
+const long long kMaxSubCoordinate = 1 << 30;
+
+const char* const kKernelNames[] = {"box", "triangle", "cubic"};
+
+// trunc(v) for step counts: NaN and negative counts give 0, huge ones the cap.
+int stepCount(double v) {
+    if (!(v >= 1.0)) return 0;
+    if (v >= kMaxSteps) return kMaxSteps;
+    return static_cast<int>(v);
+}
+
+}  // namespace
+
+const int VelkCompute::offset[16][2] = {{0, 0}, {2, 0}, {0, 2}, {2, 2}, {1, 1}, {3, 1},
+                                        {1, 3}, {3, 3}, {1, 0}, {3, 0}, {1, 2}, {3, 2},
+                                        {0, 1}, {2, 1}, {0, 3}, {2, 3}};
+
+VelkCompute::VelkCompute()
+    : filterLength(20.0f),
+      extensionLength(80.0f),
+      stepSize(1.0f),
+      offsetLength(20.0f),
+      normalization(0.0f),
+      numSubPixels(1),
+      filterKernel(TRIANGLE),
+      seedingMode(1),
+      interpolationMethod(BILINEAR),
+      width(0),
+      height(0),
+      nChannels(0),
+      xMax(0.0f),
+      yMax(0.0f),
+      xScale(0.0f),
+      yScale(0.0f),
+      nFilter(0),
+      nExtension(0),
+      zaehlrohrBase(0),
+      nTotal(0),
+      cellStride(0),
+      numSubCells(0),
+      totalHits(0),
+      numFieldLines(0),
+      field(nullptr),
+      input(nullptr),
+      forward(new RK43(0.001f, 4.0f, 0.5f, 15.0f, +1)),
+      backward(new RK43(0.001f, 4.0f, 0.5f, 15.0f, -1)),
+      accum(nullptr),
+      samples(nullptr),
+      sums(nullptr),
+      points(nullptr),
+      zaehlrohr(),
+      getPixel(nullptr) {}
+
+VelkCompute::~VelkCompute() {
+    delete forward;
+    delete backward;
+    // Only left over when a host called start() without stop().
+    std::free(points);
+    std::free(accum);
+    std::free(samples);
+    std::free(sums);
+}
+
+void VelkCompute::setFilterKernel(FilterKernel kernel) {
+    filterKernel = kernel;
+}
+void VelkCompute::setFilterLength(float length) {
+    filterLength = length;
+}
+void VelkCompute::setOffsetLength(float length) {
+    offsetLength = length;
+}
+void VelkCompute::setNumSubPixels(int n) {
+    numSubPixels = n;
+}
+void VelkCompute::setInterpolationMethod(InterpolationMethod method) {
+    interpolationMethod = method;
+}
+
+void VelkCompute::setNormalization(float value) {
+    normalization = value;
+    if (forward) forward->normalization = value;
+    if (backward) backward->normalization = value;
+}
+
+void VelkCompute::replaceIntegrators(VelkIntegrator* f, VelkIntegrator* b) {
+    delete forward;
+    delete backward;
+    forward = f;
+    backward = b;
+    forward->normalization = normalization;
+    backward->normalization = normalization;
+}
+
+void VelkCompute::useEuler() {
+    replaceIntegrators(new Midpoint(+1), new Midpoint(-1));
+}
+
+void VelkCompute::useRK43(float initialStep, float minStep, float maxStep, float tolerance) {
+    replaceIntegrators(new RK43(tolerance, initialStep, minStep, maxStep, +1),
+                       new RK43(tolerance, initialStep, minStep, maxStep, -1));
+}
+
+void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
+    const char* kernelName =
+        filterKernel >= BOX && filterKernel <= CUBIC ? kKernelNames[filterKernel] : "unknown";
+    velk_info("computing LIC image (L=%.0f, filter=%s, mask=%dx%d)", filterLength, kernelName,
+              numSubPixels, numSubPixels);
+    watch.start();
+
+    this->field = field;
+    this->input = input;
+    width = input->width;
+    height = input->height;
+    nChannels = input->nChannels;
+    const int fieldWidth = field->width;
+    const int fieldHeight = field->height;
+    xMax = static_cast<float>(fieldWidth) - 1.001f;
+    yMax = static_cast<float>(fieldHeight) - 1.001f;
+    xScale = static_cast<float>(width) / static_cast<float>(fieldWidth - 1);
+    yScale = static_cast<float>(height) / static_cast<float>(fieldHeight - 1);
+
+    const float step = 2 * stepSize / (xScale + yScale);
+    Vec2f* nodes = reinterpret_cast<Vec2f*>(field->data);
+    forward->stepSize = step;
+    backward->stepSize = step;
+    forward->setField(fieldWidth, fieldHeight, nodes);
+    backward->setField(fieldWidth, fieldHeight, nodes);
+
+    nFilter = stepCount(static_cast<double>(filterLength) / static_cast<double>(stepSize) + 0.5);
+    if (filterKernel == CUBIC && nFilter % 6 != 0) nFilter += 6 - nFilter % 6;
+    nExtension = stepCount(extensionLength / stepSize + 0.5f);
+    nTotal = nFilter + nExtension;
+    zaehlrohrBase = 0;
+    numSubCells = numSubPixels * numSubPixels;
+    cellStride = numSubCells + nChannels;
+
+    // Left-overs of a start() without stop().
+    std::free(points);
+    std::free(accum);
+    std::free(samples);
+    std::free(sums);
+    points = nullptr;
+    accum = nullptr;
+    samples = nullptr;
+    sums = nullptr;
+
+    // Sizes the int arithmetic of the accumulation cannot hold leave the
+    // buffers null, and compute() then fails instead of overrunning them.
+    const long long n = numSubPixels;
+    const bool sizesOk = width >= 0 && height >= 0 && nChannels >= 0 && n >= 1 &&
+                         n * width <= kMaxSubCoordinate && n * height <= kMaxSubCoordinate &&
+                         n * n + nChannels <= INT_MAX &&
+                         (input->data != nullptr || static_cast<long long>(width) * height == 0);
+    if (sizesOk) {
+        const std::size_t records = 2 * static_cast<std::size_t>(nTotal) + 1;
+        const std::size_t cells = static_cast<std::size_t>(width) * height + 1;
+        const std::size_t channels = nChannels > 0 ? nChannels : 1;
+        points = static_cast<LinePoint*>(std::malloc(records * sizeof(LinePoint)));
+        accum = static_cast<int*>(std::calloc(cells, cellStride * sizeof(int)));
+        samples = static_cast<int*>(std::malloc(records * channels * sizeof(int)));
+        sums = static_cast<std::int64_t*>(std::malloc(records * channels * sizeof(std::int64_t)));
+        if (!points || !accum || !samples || !sums) {
+            std::free(points);
+            std::free(accum);
+            std::free(samples);
+            std::free(sums);
+            points = nullptr;
+            accum = nullptr;
+            samples = nullptr;
+            sums = nullptr;
+        }
+    }
+
+    totalHits = 0;
+    numFieldLines = 0;
+
+    if (interpolationMethod == BILINEAR) {
+        getPixel = nChannels == 1 ? getPixelBilinear1 : getPixelBilinearN;
+    } else {
+        getPixel = nChannels == 1 ? getPixelConst1 : getPixelConstN;
+    }
+}
+
+void VelkCompute::stop() {
+    std::free(points);
+    std::free(accum);
+    std::free(samples);
+    std::free(sums);
+    points = nullptr;
+    accum = nullptr;
+    samples = nullptr;
+    sums = nullptr;
+
+    velk_info("total number of field lines = %d", numFieldLines);
+    const int pixels = width * height;
+    velk_info("average number of hits per pixel = %.2f",
+              pixels > 0 ? static_cast<float>(totalHits) / static_cast<float>(pixels) : 0.0f);
+    watch.stop();
+    velk_info("time for LIC computation = %.2f sec", watch.elapsed());
+}
+
+int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* output,
+                         VelkImage* mask, VelkImage* seedMap) {
+    if (mask && (mask->width != field->width || mask->height != field->height)) {
+        velk_info("field and mask must have the same size");
+        return 0;
+    }
+    start(field, input);
+    if (!points) {
+        stop();
+        return velk_error(
+            "can't allocate the buffers of a %dx%dx%d LIC image with %dx%d sub-pixels", width,
+            height, nChannels, numSubPixels, numSubPixels);
+    }
+    if (seedMap) {
+        seedMap->setSize(width, height, 1);
+        seedMap->clear(1);
+    }
+    if (nFilter == 0) {
+        *output = *input;
+        stop();
+        return 1;
+    }
+
+    // A seed map can only be filled from a mask.
+    VelkImage* map = mask ? seedMap : nullptr;
+    switch (seedingMode) {
+        case 0:
+            seedScan(mask, map);
+            break;
+        case 1:
+            seedOffset(mask, map);
+            break;
+        case 2:
+            seedSobol(mask, map);
+            break;
+        default:
+            break;
+    }
+
+    output->setSize(width, height, nChannels);
+    const int pixels = width * height;
+    const int* cell = accum;
+    unsigned char* out = output->data;
+    long long total = 0;
+    for (int p = 0; p < pixels; p++, cell += cellStride, out += nChannels) {
+        int hits = 0;
+        for (int s = 0; s < numSubCells; s++) hits += cell[s];
+        total += hits;
+        for (int ch = 0; ch < nChannels; ch++) {
+            out[ch] = static_cast<unsigned char>(hits != 0 ? cell[numSubCells + ch] / hits : 0);
+        }
+    }
+    totalHits = total > INT_MAX ? INT_MAX : static_cast<int>(total);
+    stop();
+    return 1;
+}
+
+void VelkCompute::seedPixel(int x, int y, int sub, VelkImage* mask, VelkImage* seedMap) {
+    const int N = numSubPixels;
+    const float rx = 1.0f / xScale;
+    const float ry = 1.0f / yScale;
+    const int sx = sub % N;
+    const int sy = sub / N;
+    const Vec2f seed = {
+        (static_cast<float>(x) + (static_cast<float>(sx) + 0.5f) / static_cast<float>(N)) * rx,
+        (static_cast<float>(y) + (static_cast<float>(sy) + 0.5f) / static_cast<float>(N)) * ry};
+    sample(seed);
+    if (seedMap) {
+        int value;
+        getPixelConst1(mask, seed.x, seed.y, &value);
+        seedMap->data[static_cast<std::size_t>(y) * width + x] = static_cast<unsigned char>(value);
+    }
+}
+
+void VelkCompute::seedScan(VelkImage* mask, VelkImage* seedMap) {
+    const int N = numSubPixels;
+    for (int sub = 0; sub < N * N; sub++) {
+        for (int y = 0; y < height; y++) {
+            for (int x = 0; x < width; x++) {
+                if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
+                    seedPixel(x, y, sub, mask, seedMap);
+                }
+            }
+        }
+    }
+}
+
+void VelkCompute::seedOffset(VelkImage* mask, VelkImage* seedMap) {
+    const int N = numSubPixels;
+    for (int sub = 0; sub < N * N; sub++) {
+        for (const int* o : offset) {
+            for (int y = o[1]; y < height; y += 4) {
+                for (int x = o[0]; x < width; x += 4) {
+                    if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
+                        seedPixel(x, y, sub, mask, seedMap);
+                    }
+                }
+            }
+        }
+    }
+}
+
+void VelkCompute::seedSobol(VelkImage* mask, VelkImage* seedMap) {
+    const int N = numSubPixels;
+    const int pixels = width * height;
+    if (pixels < 1) return;
+    UxSobol sobol;
+    sobol.xTable = nullptr;
+    sobol.yTable = nullptr;
+    sobol.init(width * N, height * N);
+    const int nx = sobol.nx;
+    const int ny = sobol.ny;
+    for (;;) {
+        const int xi = sobol.xTable[sobol.xIndex];
+        const int yi = sobol.yTable[sobol.yIndex % ny];
+        sobol.xIndex++;
+        sobol.yIndex++;
+        if (sobol.xIndex == nx) {
+            // Each pass over x meets the y sequence shifted by one.
+            sobol.xIndex = 0;
+            sobol.yIndex -= nx - 1;
+        }
+        if (++sobol.count >= pixels) break;
+        const int x = xi / N;
+        const int y = yi / N;
+        const int sub = xi % N + N * (yi % N);
+        if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
+            seedPixel(x, y, sub, mask, seedMap);
+        }
+    }
+    std::free(sobol.xTable);
+    std::free(sobol.yTable);
+}
+
+void VelkCompute::evalZaehlrohr() {
+    // The histogram has 256 entries: a longer extension is evaluated over the
+    // first 254 steps only.
+    const int n = nExtension < 254 ? nExtension : 254;
+    int(*h)[2] = zaehlrohr;
+    for (int k = n + 1; k >= 1; k--) {
+        h[k - 1][0] =
+            static_cast<int>(static_cast<unsigned>(h[k - 1][0]) + static_cast<unsigned>(h[k][0]));
+    }
+    if (n < 1) {
+        h[1][0] = 0;
+        nExtension = 0;
+        return;
+    }
+    long long cum = 0;
+    float best = 0.0f;
+    int bestK = 0;
+    for (int k = 1; k <= n; k++) {
+        cum += h[k - 1][1];
+        // In double the product is exact wherever the int product would not overflow.
+        const double weight = static_cast<double>(k) + nFilter + zaehlrohrBase;
+        const float ratio = static_cast<float>(cum) / static_cast<float>(weight * h[k + 1][0]);
+        if (ratio > best) {
+            best = ratio;
+            bestK = k;
+        }
+        h[k - 1][1] = 0;
+        h[k][0] = 0;
+    }
+    h[n + 1][0] = 0;
+    nExtension = bestK;
+}

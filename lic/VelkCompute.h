@@ -1,0 +1,131 @@
+#ifndef VELK_VELKCOMPUTE_H
+#define VELK_VELKCOMPUTE_H
+
+#include <cstdint>
+
+#include "UxWatch.h"
+#include "Vec2f.h"
+#include "velk_export.h"
+
+class VelkImage;
+class VelkIntegrator;
+class VelkVectorField;
+
+// The line integral convolution engine. Every output pixel is the input texture
+// filtered along the field line through it; one traced line feeds up to
+// 2 * nExtension + 1 output samples through running sums, so the cost per line
+// does not grow with the filter length.
+//
+// Settings persist between computations; the buffers exist only during
+// compute(). The engine owns its two integrators and borrows the field and the
+// images for one call.
+class VELK_EXPORT VelkCompute {
+  public:
+    enum FilterKernel : int { BOX = 0, TRIANGLE = 1, CUBIC = 2 };
+    enum InterpolationMethod : int { CONSTANT = 0, BILINEAR = 1 };
+
+    // One point of a traced line.
+    struct LinePoint {
+        int pixel;     // output pixel px + py * width
+        int subPixel;  // sx + numSubPixels * sy
+        int status;    // integrator status after the step that made the point
+    };
+
+    // Texture lookup at texture pixel coordinates (periodic); one int per channel.
+    typedef void (*PixelLookup)(VelkImage* image, float x, float y, int* out);
+
+    // The (x, y) steps of the offset seeding pattern over each 4 x 4 block.
+    static const int offset[16][2];
+
+    float filterLength;     // L, half-length of the kernel in texture pixels
+    float extensionLength;  // M, how far each line is followed beyond the filter part
+    float stepSize;         // h, integration step in texture pixels
+    float offsetLength;     // stored only
+    float normalization;    // speed normalisation handed to the integrators
+    int numSubPixels;       // N: N x N sub-pixels per output pixel
+    FilterKernel filterKernel;
+    int seedingMode;  // 0 scan, 1 offset pattern, 2 Sobol
+    InterpolationMethod interpolationMethod;
+    int width;  // of the input texture and so of the output
+    int height;
+    int nChannels;
+    float xMax;    // field width - 1.001
+    float yMax;    // field height - 1.001
+    float xScale;  // texture pixels per field cell
+    float yScale;
+    int nFilter;     // filter half-length in steps
+    int nExtension;  // extension in steps
+    int zaehlrohrBase;
+    int nTotal;       // nFilter + nExtension: index of a line's centre record
+    int cellStride;   // ints per accumulation cell: numSubCells + nChannels
+    int numSubCells;  // N * N
+    int totalHits;
+    int numFieldLines;
+    VelkVectorField* field;  // borrowed during compute()
+    VelkImage* input;        // borrowed during compute()
+    VelkIntegrator* forward;
+    VelkIntegrator* backward;
+    // Per output pixel numSubCells hit counters, then nChannels sums. One spare
+    // cell behind the last pixel takes the points that lie outside the image.
+    int* accum;
+    int* samples;           // texture values of a line, nChannels per record
+    std::int64_t* sums;     // running sums of a line (wide: they cannot overflow)
+    LinePoint* points;      // 2 * nTotal + 1 records; the seed is record nTotal
+    int zaehlrohr[256][2];  // histogram for evalZaehlrohr, filled by the host
+    PixelLookup getPixel;
+    UxWatch watch;
+
+    // Defaults: L 20, M 80, h 1, triangle kernel, bilinear lookup, offset seeding,
+    // one sub-pixel, normalisation 0, two RK43 integrators.
+    VelkCompute();
+    ~VelkCompute();
+    VelkCompute(const VelkCompute&) = delete;
+    VelkCompute& operator=(const VelkCompute&) = delete;
+
+    // Take effect at the next compute().
+    void setFilterKernel(FilterKernel kernel);
+    void setFilterLength(float length);
+    void setOffsetLength(float length);
+    void setNumSubPixels(int n);
+    void setInterpolationMethod(InterpolationMethod method);
+    // Also written into both current integrators at once.
+    void setNormalization(float normalization);
+
+    // Replaces the integrators by two Midpoint integrators (the fixed-step choice).
+    void useEuler();
+    // Replaces the integrators by RK43(tolerance, initialStep, minStep, maxStep):
+    // the defaults are useRK43(4.0, 0.5, 15.0, 0.001).
+    void useRK43(float initialStep, float minStep, float maxStep, float tolerance);
+
+    // Computes the LIC image of `field` over the texture `input` into `output`
+    // (size and channels of `input`). `mask` (field-sized, one channel) and
+    // `seedMap` are optional: seedMap receives per pixel the mask value at the
+    // last seed placed in it. Returns 1, or 0 when the mask size differs from the
+    // field's (nothing touched) or the buffers cannot be allocated.
+    int compute(VelkVectorField* field, VelkImage* input, VelkImage* output,
+                VelkImage* mask = nullptr, VelkImage* seedMap = nullptr);
+    // Set-up and tear-down around one computation (compute() calls them).
+    void start(VelkVectorField* field, VelkImage* input);
+    void stop();
+    // Traces and convolves the line through `seed` (field coordinates) and
+    // accumulates its samples. Needs start(); does nothing when the field value
+    // at the seed is zero or not a number.
+    void sample(const Vec2f& seed);
+    // Sets nExtension from the histogram in zaehlrohr, which it clears.
+    void evalZaehlrohr();
+
+    static void getPixelConstN(VelkImage* image, float x, float y, int* out);
+    static void getPixelConst1(VelkImage* image, float x, float y, int* out);
+    static void getPixelBilinearN(VelkImage* image, float x, float y, int* out);
+    static void getPixelBilinear1(VelkImage* image, float x, float y, int* out);
+
+  private:
+    void fillPoint(int index, const Vec2f& p);
+    void seedScan(VelkImage* mask, VelkImage* seedMap);
+    void seedOffset(VelkImage* mask, VelkImage* seedMap);
+    void seedSobol(VelkImage* mask, VelkImage* seedMap);
+    void seedPixel(int x, int y, int sub, VelkImage* mask, VelkImage* seedMap);
+    void replaceIntegrators(VelkIntegrator* forward, VelkIntegrator* backward);
+};
+
+#endif
