@@ -27,6 +27,8 @@
 #include "VelkColormap.h"
 #include "VelkScalarField.h"
 
+#include "fastconv.h"
+
 #include "kovrapackage.h"
 
 #endif
