@@ -48,6 +48,8 @@ class VELK_EXPORT AdaptiveIntegrator : public VelkIntegrator {
     const Vec2f& next(float& magnitude, int& status) override;
 
     // One accepted adaptive step from y; htry is updated to the next trial size.
+    // A failed step leaves through recovery (codes 1, 2, 3), which the caller
+    // must have armed with setjmp; next() does.
     virtual void step(const Vec2f& y, const Vec2f& dydx, float& htry, float& hdid, Vec2f& yout,
                       Vec2f& dydxout) = 0;
 };

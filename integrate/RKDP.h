@@ -11,6 +11,7 @@ class VELK_EXPORT RKDP : public AdaptiveIntegrator {
     void step(const Vec2f& y, const Vec2f& dydx, float& htry, float& hdid, Vec2f& yout,
               Vec2f& dydxout) override;
     // One step of size h without size control; yerr receives the error estimate.
+    // A failed evaluation leaves through recovery (codes 1, 2), as in step().
     void rkdp(const Vec2f& y, const Vec2f& dydx, float h, Vec2f& yout, Vec2f& dydxout, Vec2f& yerr);
 };
 

@@ -98,20 +98,3 @@ TEST(FixedStepMagnitude, ReportsTheLastEvaluationInsideTheDomain) {
         }
     }
 }
-
-TEST(FixedStepMagnitude, ThreeArgumentInitProvidesTheFirstMagnitude) {
-    // Past the end of the line nothing is evaluated, so the value init stored
-    // is what the first call reports.
-    Grid grid(4, 4, [](int, int) { return Vec2f{1.0f, 0.0f}; });
-    for (const char* scheme : {"euler", "midpoint"}) {
-        auto it = velktest::makeScheme(scheme, 1);
-        grid.attach(*it);
-        it->stepSize = 1.0f;
-        it->init({10.0f, 1.0f}, {1.0f, 0.0f}, 0.375f);
-        float magnitude = -1.0f;
-        int status = -1;
-        it->next(magnitude, status);
-        EXPECT_EQ(status, 1) << scheme;
-        EXPECT_EQ(magnitude, 0.375f) << scheme;
-    }
-}
