@@ -6,7 +6,9 @@
 // Rasterises a convex polygon onto a pixel grid and hands every covered pixel,
 // with its linearly interpolated values, to a pixel function. A pixel is
 // covered when its centre (x + 0.5, y + 0.5) lies inside the polygon or on its
-// boundary. y grows downwards. Owns nothing and allocates nothing.
+// boundary; a horizontal top edge lying exactly on a row of centres yields
+// only the top corner's pixel in that row. Values are sampled at pixel
+// centres; y grows downwards. Owns nothing and allocates nothing.
 class VELK_EXPORT VelkScanConvert {
   public:
     struct Vertex {

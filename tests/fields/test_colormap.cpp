@@ -216,20 +216,3 @@ TEST(ColormapFile, RoundTripsWithinOneStepInBothVariants) {
         }
     }
 }
-
-TEST(ColormapFile, FourGroupFilesSetOnlyTheEntriesTheyName) {
-    velktest::TempDir dir;
-    std::string path = dir.path("sparse.icol");
-    std::string text;
-    for (int j = 0; j < 64; j++) text += "5 255 0 0  5 255 0 0  200 0 51 0  5 255 0 0\n";
-    text += "10 20\n";
-    velktest::writeFile(path, text);
-
-    VelkColormap map;
-    ASSERT_EQ(map.readIcol(path.c_str()), 1);
-    expectEntry(map, 5, 1, 0, 0);
-    expectEntry(map, 200, 0, 0.2f, 0);
-    expectEntry(map, 6, 6 / 255.0f, 6 / 255.0f, 6 / 255.0f);  // untouched grey
-    EXPECT_EQ(map.min, 10.0f);
-    EXPECT_EQ(map.max, 20.0f);
-}
