@@ -10,24 +10,14 @@
 
 namespace {
 
-inline void sort2(unsigned char& a, unsigned char& b) {
-    if (a > b) {
-        unsigned char t = a;
-        a = b;
-        b = t;
-    }
+inline unsigned char min2(unsigned char a, unsigned char b) {
+    return a < b ? a : b;
 }
-
-// Fifth smallest of nine (a fixed exchange network).
-unsigned char median9(unsigned char* p) {
-    sort2(p[1], p[2]), sort2(p[4], p[5]), sort2(p[7], p[8]);
-    sort2(p[0], p[1]), sort2(p[3], p[4]), sort2(p[6], p[7]);
-    sort2(p[1], p[2]), sort2(p[4], p[5]), sort2(p[7], p[8]);
-    sort2(p[0], p[3]), sort2(p[5], p[8]), sort2(p[4], p[7]);
-    sort2(p[3], p[6]), sort2(p[1], p[4]), sort2(p[2], p[5]);
-    sort2(p[4], p[7]), sort2(p[4], p[2]), sort2(p[6], p[4]);
-    sort2(p[4], p[2]);
-    return p[4];
+inline unsigned char max2(unsigned char a, unsigned char b) {
+    return a < b ? b : a;
+}
+inline unsigned char median3(unsigned char a, unsigned char b, unsigned char c) {
+    return max2(min2(a, b), min2(max2(a, b), c));
 }
 
 }  // namespace
@@ -44,7 +34,8 @@ void VelkImage::convolve(int n, float* kernel, VelkImage* dst) {
     std::unique_ptr<unsigned char[]> scratch(new unsigned char[scratchBytes]);
 
     velk_initPackedLuts(kernel, n);
-    if (width <= 0 || height <= 0) return;
+    // Without a usable kernel nothing is written: the output stays as it was.
+    if (width <= 0 || height <= 0 || !velk::packedTablesUsable()) return;
 
     int longest = width > height ? width : height;
     std::unique_ptr<unsigned char[]> line(new unsigned char[velk::packedScratchSize(longest)]);
@@ -52,9 +43,27 @@ void VelkImage::convolve(int n, float* kernel, VelkImage* dst) {
         velk::packedConvolve(data + static_cast<ptrdiff_t>(y) * bytesPerLine, width, 1,
                              scratch.get() + y * stride, line.get());
     }
-    for (int x = 0; x < width; x++) {
-        velk::packedConvolve(scratch.get() + x, height, static_cast<int>(stride), out.data + x,
-                             line.get());
+
+    // Columns go in blocks: gathered into contiguous lines, convolved, and
+    // scattered back, so each row is visited once per block, not per column.
+    constexpr int kBlock = 16;
+    const size_t column = static_cast<size_t>(height);
+    std::unique_ptr<unsigned char[]> gathered(new unsigned char[2 * kBlock * column]);
+    unsigned char* convolved = gathered.get() + kBlock * column;
+    for (int x0 = 0; x0 < width; x0 += kBlock) {
+        const int columns = width - x0 < kBlock ? width - x0 : kBlock;
+        for (int y = 0; y < height; y++) {
+            const unsigned char* in = scratch.get() + y * stride + x0;
+            for (int c = 0; c < columns; c++) gathered[c * column + y] = in[c];
+        }
+        for (int c = 0; c < columns; c++) {
+            velk::packedConvolve(gathered.get() + c * column, height, 1, convolved + c * column,
+                                 line.get());
+        }
+        for (int y = 0; y < height; y++) {
+            unsigned char* o = out.data + y * stride + x0;
+            for (int c = 0; c < columns; c++) o[c] = convolved[c * column + y];
+        }
     }
 }
 
@@ -73,23 +82,30 @@ void VelkImage::gaussBlur(int n, VelkImage* dst) {
 
 void VelkImage::medianFilter(VelkImage* dst) {
     VelkImage result(width, height, nChannels);
-    // One byte per pixel; the neighbourhood is clamped into the image.
+    // The fifth smallest of a 3x3 neighbourhood is the median of the largest
+    // column minimum, the median column median and the smallest column
+    // maximum; each column of three is sorted once per row and shared by the
+    // three windows that contain it. One byte per pixel; the neighbourhood is
+    // clamped into the image.
+    std::vector<unsigned char> low(width > 0 ? width : 0), mid(low.size()), high(low.size());
     for (int y = 0; y < height; y++) {
-        const unsigned char* rows[3] = {
-            data + static_cast<ptrdiff_t>(y > 0 ? y - 1 : 0) * bytesPerLine,
-            data + static_cast<ptrdiff_t>(y) * bytesPerLine,
-            data + static_cast<ptrdiff_t>(y < height - 1 ? y + 1 : y) * bytesPerLine};
+        const unsigned char* below =
+            data + static_cast<ptrdiff_t>(y > 0 ? y - 1 : 0) * bytesPerLine;
+        const unsigned char* row = data + static_cast<ptrdiff_t>(y) * bytesPerLine;
+        const unsigned char* above =
+            data + static_cast<ptrdiff_t>(y < height - 1 ? y + 1 : y) * bytesPerLine;
+        for (int x = 0; x < width; x++) {
+            unsigned char a = below[x], b = row[x], c = above[x];
+            low[x] = min2(min2(a, b), c);
+            high[x] = max2(max2(a, b), c);
+            mid[x] = median3(a, b, c);
+        }
         unsigned char* o = result.data + static_cast<ptrdiff_t>(y) * result.bytesPerLine;
         for (int x = 0; x < width; x++) {
-            int left = x > 0 ? x - 1 : 0;
-            int right = x < width - 1 ? x + 1 : x;
-            unsigned char v[9];
-            for (int r = 0; r < 3; r++) {
-                v[3 * r] = rows[r][left];
-                v[3 * r + 1] = rows[r][x];
-                v[3 * r + 2] = rows[r][right];
-            }
-            o[x] = median9(v);
+            int l = x > 0 ? x - 1 : 0;
+            int r = x < width - 1 ? x + 1 : x;
+            o[x] = median3(max2(max2(low[l], low[x]), low[r]), median3(mid[l], mid[x], mid[r]),
+                           min2(min2(high[l], high[x]), high[r]));
         }
     }
     velk::Destination(*this, dst).assign(result);

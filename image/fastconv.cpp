@@ -108,6 +108,10 @@ void velk_initPackedLuts(float* kernel, int n) {
     globalLUT[kGroups] = static_cast<uint32_t>(groups);
 }
 
+bool velk::packedTablesUsable() {
+    return globalLUT[kGroups] >= 1 && globalLUT[kGroups] <= 3;
+}
+
 void velk::packedConvolve(const unsigned char* src, int n, int step, unsigned char* dst,
                           unsigned char* scratch) {
     if (n <= 0) return;

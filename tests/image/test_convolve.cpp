@@ -230,19 +230,24 @@ TEST(MedianFilter, RemovesImpulsesKeepsEdgesAndIsTheFifthOfNine) {
     edge.medianFilter(&out);
     EXPECT_EQ(bytesOf(out), bytesOf(edge));
 
-    // Random images against sorting the clamped 3x3 neighbourhood.
-    VelkImage noise(7, 6);
-    noise.createRandom(0, 8);
-    noise.medianFilter(&out);
-    for (int y = 0; y < 6; y++) {
-        for (int x = 0; x < 7; x++) {
-            std::vector<int> v;
-            for (int dy = -1; dy <= 1; dy++)
-                for (int dx = -1; dx <= 1; dx++)
-                    v.push_back(
-                        noise.data[std::clamp(y + dy, 0, 5) * 7 + std::clamp(x + dx, 0, 6)]);
-            std::sort(v.begin(), v.end());
-            EXPECT_EQ(out.data[y * 7 + x], v[4]) << x << "," << y;
+    // Random images, with many ties and without, against sorting the clamped
+    // 3x3 neighbourhood.
+    const int w = 41, h = 29;
+    for (int shift : {0, 6}) {
+        VelkImage noise(w, h);
+        noise.createRandom(0, 8 + shift);
+        for (int i = 0; i < w * h; i++) noise.data[i] >>= shift;
+        noise.medianFilter(&out);
+        for (int y = 0; y < h; y++) {
+            for (int x = 0; x < w; x++) {
+                std::vector<int> v;
+                for (int dy = -1; dy <= 1; dy++)
+                    for (int dx = -1; dx <= 1; dx++)
+                        v.push_back(noise.data[std::clamp(y + dy, 0, h - 1) * w +
+                                               std::clamp(x + dx, 0, w - 1)]);
+                std::sort(v.begin(), v.end());
+                ASSERT_EQ(out.data[y * w + x], v[4]) << x << "," << y << " shift " << shift;
+            }
         }
     }
 }
