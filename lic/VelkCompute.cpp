@@ -168,7 +168,7 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     // Sizes the int arithmetic of the accumulation cannot hold leave the
     // buffers null, and compute() then fails instead of overrunning them.
     const long long n = numSubPixels;
-    const bool sizesOk = width >= 0 && height >= 0 && nChannels >= 0 && n >= 1 &&
+    const bool sizesOk = width >= 0 && height >= 0 && nChannels >= 0 &&
                          n * width <= kMaxSubCoordinate && n * height <= kMaxSubCoordinate &&
                          n * n + nChannels <= INT_MAX &&
                          (input->data != nullptr || static_cast<long long>(width) * height == 0);
@@ -243,9 +243,10 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
         return 1;
     }
 
-    // A seed map can only be filled from a mask.
+    // A seed map can only be filled from a mask. Without sub-pixels there is
+    // nothing to seed.
     VelkImage* map = mask ? seedMap : nullptr;
-    switch (seedingMode) {
+    switch (numSubPixels >= 1 ? seedingMode : -1) {
         case 0:
             seedScan(mask, map);
             break;

@@ -97,15 +97,34 @@ void convolveKernel(const int* T, std::int64_t* S, const VelkCompute::LinePoint*
     }
 }
 
-}  // namespace
-
-void VelkCompute::getPixelConst1(VelkImage* image, float x, float y, int* out) {
+// The bodies of the four lookups, inlined into the line tracing for the
+// one-channel cases.
+__attribute__((always_inline)) inline void constOne(const VelkImage* image, float x, float y,
+                                                    int* out) {
     if (!wrapTexture(image, x, y)) {
         out[0] = 0;
         return;
     }
     out[0] = image->data[static_cast<std::ptrdiff_t>(static_cast<int>(y)) * image->bytesPerLine +
                          static_cast<int>(x)];
+}
+
+__attribute__((always_inline)) inline void bilinearOne(const VelkImage* image, float x, float y,
+                                                       int* out) {
+    if (!wrapTexture(image, x, y)) {
+        out[0] = 0;
+        return;
+    }
+    float fx, fy;
+    const unsigned char* p = texel(image, x, y, fx, fy);
+    const unsigned char* q = p + image->bytesPerLine;
+    out[0] = static_cast<int>(bilinear(p[0], p[1], q[0], q[1], fx, fy));
+}
+
+}  // namespace
+
+void VelkCompute::getPixelConst1(VelkImage* image, float x, float y, int* out) {
+    constOne(image, x, y, out);
 }
 
 void VelkCompute::getPixelConstN(VelkImage* image, float x, float y, int* out) {
@@ -120,14 +139,7 @@ void VelkCompute::getPixelConstN(VelkImage* image, float x, float y, int* out) {
 }
 
 void VelkCompute::getPixelBilinear1(VelkImage* image, float x, float y, int* out) {
-    if (!wrapTexture(image, x, y)) {
-        out[0] = 0;
-        return;
-    }
-    float fx, fy;
-    const unsigned char* p = texel(image, x, y, fx, fy);
-    const unsigned char* q = p + image->bytesPerLine;
-    out[0] = static_cast<int>(bilinear(p[0], p[1], q[0], q[1], fx, fy));
+    bilinearOne(image, x, y, out);
 }
 
 void VelkCompute::getPixelBilinearN(VelkImage* image, float x, float y, int* out) {
@@ -177,8 +189,16 @@ inline void VelkCompute::fillPoint(int index, const Vec2f& p) {
         point.pixel = width * height;
         point.subPixel = 0;
     }
-    getPixel(input, p.x * xScale, p.y * yScale,
-             samples + static_cast<std::ptrdiff_t>(index) * nChannels);
+    int* out = samples + static_cast<std::ptrdiff_t>(index) * nChannels;
+    const float tx = p.x * xScale;
+    const float ty = p.y * yScale;
+    if (getPixel == getPixelBilinear1) {
+        bilinearOne(input, tx, ty, out);
+    } else if (getPixel == getPixelConst1) {
+        constOne(input, tx, ty, out);
+    } else {
+        getPixel(input, tx, ty, out);
+    }
 }
 
 void VelkCompute::sample(const Vec2f& seed) {
