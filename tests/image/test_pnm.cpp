@@ -115,6 +115,7 @@ TEST(PnmWrite, UnwritableFilesAreReportedOnStandardError) {
 
 TEST(PnmRead, WrittenImagesReadBackExactlyInAllVariants) {
     TempDir dir;
+    int files = velktest::openFileCount();
     for (int channels : {1, 3}) {
         for (int ascii : {0, 1}) {
             VelkImage image(7, 5, channels);
@@ -130,6 +131,7 @@ TEST(PnmRead, WrittenImagesReadBackExactlyInAllVariants) {
             EXPECT_EQ(bytesOf(back), bytesOf(image)) << channels << " channels, ascii " << ascii;
         }
     }
+    EXPECT_EQ(velktest::openFileCount(), files);
 }
 
 TEST(PnmRead, FirstFileRowIsTheTopImageRow) {
