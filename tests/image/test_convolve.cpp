@@ -7,13 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "ImageTestSupport.h"
 #include "velk/velk.h"
 
-namespace {
+using imagetest::bytesOf;
 
-std::vector<int> bytesOf(const VelkImage& image) {
-    return std::vector<int>(image.data, image.data + image.width * image.height * image.nChannels);
-}
+namespace {
 
 std::vector<int> fastLine(std::vector<float> kernel, const std::vector<int>& line) {
     std::vector<unsigned char> in(line.begin(), line.end()), out(line.size(), 0);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ImageTestSupport.h"
 #include "TestSupport.h"
 #include "velk/velk.h"
 
@@ -13,21 +14,8 @@ using velktest::readFile;
 using velktest::TempDir;
 using velktest::writeFile;
 
-namespace {
-
-// Image with byte i of the compact buffer set to values[i].
-VelkImage makeImage(int w, int h, int channels, const std::vector<int>& values) {
-    VelkImage image(w, h, channels);
-    for (size_t i = 0; i < values.size(); i++)
-        image.data[i] = static_cast<unsigned char>(values[i]);
-    return image;
-}
-
-std::vector<int> bytesOf(const VelkImage& image) {
-    return std::vector<int>(image.data, image.data + image.width * image.height * image.nChannels);
-}
-
-}  // namespace
+using imagetest::bytesOf;
+using imagetest::makeImage;
 
 TEST(PnmWrite, BinaryLayoutsStartWithTheTopRow) {
     TempDir dir;

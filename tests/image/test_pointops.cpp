@@ -5,20 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "ImageTestSupport.h"
 #include "velk/velk.h"
 
+using imagetest::bytesOf;
+using imagetest::makeImage;
+
 namespace {
-
-VelkImage makeImage(int w, int h, int channels, const std::vector<int>& values) {
-    VelkImage image(w, h, channels);
-    for (size_t i = 0; i < values.size(); i++)
-        image.data[i] = static_cast<unsigned char>(values[i]);
-    return image;
-}
-
-std::vector<int> bytesOf(const VelkImage& image) {
-    return std::vector<int>(image.data, image.data + image.width * image.height * image.nChannels);
-}
 
 // Runs `operation` and returns what it wrote to the standard error stream.
 template <typename F>

@@ -2,22 +2,11 @@
 
 #include <vector>
 
+#include "ImageTestSupport.h"
 #include "velk/velk.h"
 
-namespace {
-
-VelkImage makeImage(int w, int h, int channels, const std::vector<int>& values) {
-    VelkImage image(w, h, channels);
-    for (size_t i = 0; i < values.size(); i++)
-        image.data[i] = static_cast<unsigned char>(values[i]);
-    return image;
-}
-
-std::vector<int> bytesOf(const VelkImage& image) {
-    return std::vector<int>(image.data, image.data + image.width * image.height * image.nChannels);
-}
-
-}  // namespace
+using imagetest::bytesOf;
+using imagetest::makeImage;
 
 TEST(Zoom, SameSizeReproducesTheImage) {
     VelkImage image(7, 5, 3);
