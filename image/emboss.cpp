@@ -88,7 +88,8 @@ void relief(const Light& light, int Lz, int Nz, const unsigned char* bump,
             if (texture) {
                 const unsigned char* tex = texture + (rowStart + x) * 3;
                 unsigned char* px = o + x * 3;
-                for (int c = 0; c < 3; c++) px[c] = static_cast<unsigned char>((tex[c] * shade) >> 8);
+                for (int c = 0; c < 3; c++)
+                    px[c] = static_cast<unsigned char>((tex[c] * shade) >> 8);
             } else {
                 o[x] = static_cast<unsigned char>(shade);
             }

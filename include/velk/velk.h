@@ -29,6 +29,8 @@
 
 #include "fastconv.h"
 
+#include "VelkGraphics.h"
+
 #include "kovrapackage.h"
 
 #endif

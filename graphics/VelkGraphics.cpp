@@ -1,0 +1,443 @@
+#include "VelkGraphics.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "VelkImage.h"
+#include "cfile.h"
+#include "report.h"
+#include "ucdmesh.h"
+
+namespace {
+
+using Wide = __int128;
+
+// Pixel coordinate of a float position: truncation of v, where a value
+// beyond the int range goes to its nearest end and one that is not a
+// number to the lower end (so it lies far off every image).
+int toPixel(double v) {
+    if (std::isnan(v) || v <= -2147483648.0) return INT32_MIN;
+    if (v >= 2147483647.0) return INT32_MAX;
+    return static_cast<int>(v);
+}
+
+// An inclusive pixel rectangle; empty when x0 > x1 or y0 > y1.
+struct Rect {
+    std::int64_t x0, x1, y0, y1;
+    bool empty() const { return x0 > x1 || y0 > y1; }
+    bool operator==(const Rect& o) const {
+        return x0 == o.x0 && x1 == o.x1 && y0 == o.y0 && y1 == o.y1;
+    }
+};
+
+// The pen of a VelkGraphics on one image.
+class Pen {
+  public:
+    Pen(const VelkGraphics& g, VelkImage& image)
+        : image(image), width(g.pixelWidth), half(g.halfWidth), grey(g.grey) {
+        std::memcpy(rgb, g.rgb, 3);
+    }
+
+    bool canDraw() const {
+        return image.data != nullptr && image.width > 0 && image.height > 0 &&
+               image.nChannels > 0 && width > 0;
+    }
+
+    // The pixels the square at (x, y) paints inside the image.
+    Rect square(std::int64_t x, std::int64_t y) const {
+        Rect r = {x - half, x - half + width - 1, y - half, y - half + width - 1};
+        r.x0 = std::max<std::int64_t>(r.x0, 0);
+        r.y0 = std::max<std::int64_t>(r.y0, 0);
+        r.x1 = std::min<std::int64_t>(r.x1, image.width - 1);
+        r.y1 = std::min<std::int64_t>(r.y1, image.height - 1);
+        return r;
+    }
+
+    void paint(const Rect& r) const {
+        if (r.empty()) return;
+        const int channels = image.nChannels;
+        for (std::int64_t y = r.y0; y <= r.y1; y++) {
+            unsigned char* p = image.data + y * image.bytesPerLine + r.x0 * channels;
+            for (std::int64_t x = r.x0; x <= r.x1; x++) {
+                if (channels == 3) {
+                    p[0] = rgb[0];
+                    p[1] = rgb[1];
+                    p[2] = rgb[2];
+                } else {
+                    for (int c = 0; c < channels; c++) p[c] = grey;
+                }
+                p += channels;
+            }
+        }
+    }
+
+    // Centres (along one axis of `size` pixels) whose square reaches into
+    // the image, and those whose square spans all of it.
+    std::int64_t reachLo() const { return static_cast<std::int64_t>(half) - width + 1; }
+    std::int64_t reachHi(int size) const { return static_cast<std::int64_t>(size) - 1 + half; }
+    std::int64_t spanLo(int size) const { return static_cast<std::int64_t>(size) - width + half; }
+    std::int64_t spanHi() const { return half; }
+
+    VelkImage& image;
+
+  private:
+    int width;
+    int half;
+    unsigned char grey;
+    unsigned char rgb[3];
+};
+
+// The Bresenham walk of drawLine in closed form. Step k (0 .. major) is at
+// u = u0 + su * k along the major axis and v = v0 + sv * d(k) along the
+// other, where d(k), the number of diagonal steps so far, is
+// ceil((2ak - major) / (2 major)): the error term e > 0 that decides a
+// diagonal step keeps 2 major d(k) within [2ak - major, 2ak + major).
+// This lets a walk start and stop anywhere with exactly the state the full
+// walk would have there.
+struct Walk {
+    std::int64_t u0, v0;
+    int su, sv;
+    std::int64_t a, major;
+
+    std::int64_t diagonalsAt(std::int64_t k) const {
+        if (major == 0) return 0;
+        Wide p = Wide(2) * a * k - major;
+        Wide q = Wide(2) * major;
+        Wide d = p >= 0 ? (p + q - 1) / q : -((-p) / q);
+        return static_cast<std::int64_t>(d);
+    }
+
+    // The error term after k steps with d diagonal ones.
+    std::int64_t errorAt(std::int64_t k, std::int64_t d) const {
+        return static_cast<std::int64_t>(Wide(2) * a * (k + 1) - major - Wide(2) * major * d);
+    }
+
+    // The first step with at least m diagonal steps behind it; major + 1
+    // when there is none.
+    std::int64_t firstWithDiagonals(std::int64_t m) const {
+        if (m <= 0) return 0;
+        if (a == 0 || m > a) return major + 1;
+        return static_cast<std::int64_t>(Wide(major) * (2 * m - 1) / (2 * a)) + 1;
+    }
+
+    // Steps whose major coordinate lies in [lo, hi].
+    void stepsWithU(std::int64_t lo, std::int64_t hi, std::int64_t& k0, std::int64_t& k1) const {
+        k0 = su > 0 ? lo - u0 : u0 - hi;
+        k1 = su > 0 ? hi - u0 : u0 - lo;
+    }
+
+    // Steps whose minor coordinate lies in [lo, hi] (one stretch, as v is
+    // monotonic in k).
+    void stepsWithV(std::int64_t lo, std::int64_t hi, std::int64_t& k0, std::int64_t& k1) const {
+        std::int64_t mLo = sv > 0 ? lo - v0 : v0 - hi;
+        std::int64_t mHi = sv > 0 ? hi - v0 : v0 - lo;
+        k0 = firstWithDiagonals(mLo);
+        k1 = firstWithDiagonals(mHi + 1) - 1;
+    }
+};
+
+// The last step from k on for which v stays in [lo, hi], if it is there now.
+std::int64_t lastStepWithV(const Walk& w, std::int64_t lo, std::int64_t hi) {
+    std::int64_t k0, k1;
+    w.stepsWithV(lo, hi, k0, k1);
+    return k1;
+}
+
+// --- The command-file reader ---
+
+// A stream with room for the two characters that reading may push back at
+// once (one by read_char, one by its caller).
+class CommandStream {
+  public:
+    explicit CommandStream(std::FILE* file) : file(file) {}
+    int get() { return count > 0 ? pending[--count] : std::fgetc(file); }
+    void unget(int c) {
+        if (c != EOF && count < kRoom) pending[count++] = c;
+    }
+
+  private:
+    static constexpr int kRoom = 4;
+    std::FILE* file;
+    int pending[kRoom] = {};
+    int count = 0;
+};
+
+// The next character; a backslash right before a newline joins the lines.
+int read_char(CommandStream& in) {
+    for (;;) {
+        int c = in.get();
+        if (c != '\\') return c;
+        int next = in.get();
+        if (next != '\n') {
+            in.unget(next);
+            return c;
+        }
+    }
+}
+
+bool isSpace(int c) {
+    return c != EOF && std::isspace(static_cast<unsigned char>(c));
+}
+
+// Reads a word of at most maxLength characters into `word` (maxLength + 1
+// bytes); a longer word is split. endOfLine tells whether only blanks and
+// tabs separated the word from the newline that ended its line. 0 at the
+// end of the file, with an empty word.
+int read_word(CommandStream& in, int maxLength, char* word, int& endOfLine) {
+    endOfLine = 0;
+    int c = read_char(in);
+    while (isSpace(c)) c = read_char(in);
+    if (c == EOF) {
+        word[0] = '\0';
+        return 0;
+    }
+    int n = 0;
+    while (c != EOF && !isSpace(c)) {
+        if (n == maxLength) break;  // c starts the next word
+        word[n++] = static_cast<char>(c);
+        c = read_char(in);
+    }
+    word[n] = '\0';
+    while (c == ' ' || c == '\t') c = read_char(in);
+    if (c == '\n') {
+        endOfLine = 1;
+    } else {
+        in.unget(c);
+    }
+    return 1;
+}
+
+// Reads n numbers, which must stand on one line. A word that is not a
+// number reads as 0.
+int read_floats(CommandStream& in, int n, float* values, int& endOfLine) {
+    if (n < 1) return 1;
+    char word[128];
+    for (int k = 0; k < n; k++) {
+        if (!read_word(in, 127, word, endOfLine)) return 0;
+        values[k] = static_cast<float>(std::strtod(word, nullptr));
+        if (endOfLine && k < n - 1) return 0;
+    }
+    return 1;
+}
+
+// Either is a prefix of the other.
+bool check_cmd(const char* word, const char* command) {
+    std::size_t n = std::min(std::strlen(word), std::strlen(command));
+    return std::strncmp(word, command, n) == 0;
+}
+
+// File coordinates onto pixels.
+struct Canvas {
+    float x0 = 0.0f, y0 = 0.0f;
+    float xScale = 1.0f, yScale = 1.0f;
+
+    int column(float x) const { return toPixel(static_cast<double>((x - x0) * xScale) + 0.5); }
+    int row(float y) const { return toPixel(static_cast<double>((y - y0) * yScale) + 0.5); }
+};
+
+}  // namespace
+
+VelkGraphics::VelkGraphics() : rgb{0, 0, 0}, grey(0), pixelWidth(1), halfWidth(0) {}
+
+VelkGraphics::~VelkGraphics() {}
+
+void VelkGraphics::setColor(int r, int g, int b) {
+    rgb[0] = static_cast<unsigned char>(r);
+    rgb[1] = static_cast<unsigned char>(g);
+    rgb[2] = static_cast<unsigned char>(b);
+    double v = 0.3 * r + 0.59 * g + 0.11 * b + 0.5;
+    grey = static_cast<unsigned char>(v <= 0.0 ? 0 : v >= 255.0 ? 255 : static_cast<int>(v));
+}
+
+void VelkGraphics::setPixelWidth(int w) {
+    pixelWidth = w;
+    halfWidth = w / 2;
+}
+
+void VelkGraphics::drawPixel(VelkImage& image, int x, int y) {
+    Pen pen(*this, image);
+    if (pen.canDraw()) pen.paint(pen.square(x, y));
+}
+
+void VelkGraphics::drawLine(VelkImage& image, int x0, int y0, int x1, int y1) {
+    Pen pen(*this, image);
+    if (!pen.canDraw()) return;
+    if (x1 < x0) {
+        std::swap(x0, x1);
+        std::swap(y0, y1);
+    }
+    const std::int64_t dx = static_cast<std::int64_t>(x1) - x0;
+    const std::int64_t dy = static_cast<std::int64_t>(y1) - y0;
+    const int sy = dy >= 0 ? 1 : -1;
+    const std::int64_t ady = dy >= 0 ? dy : -dy;
+    const bool steep = ady > dx;
+    Walk w;
+    if (steep) {
+        w = {y0, x0, sy, 1, dx, ady};
+    } else {
+        w = {x0, y0, 1, sy, ady, dx};
+    }
+    const int uSize = steep ? image.height : image.width;
+    const int vSize = steep ? image.width : image.height;
+
+    // Only the steps whose square reaches into the image are walked.
+    std::int64_t first = 0, last = w.major, k0, k1;
+    w.stepsWithU(pen.reachLo(), pen.reachHi(uSize), k0, k1);
+    first = std::max(first, k0);
+    last = std::min(last, k1);
+    w.stepsWithV(pen.reachLo(), pen.reachHi(vSize), k0, k1);
+    first = std::max(first, k0);
+    last = std::min(last, k1);
+    if (first > last) return;
+
+    std::int64_t k = first;
+    std::int64_t d = w.diagonalsAt(k);
+    std::int64_t e = w.errorAt(k, d);
+    Rect painted = {1, 0, 1, 0};
+    for (;;) {
+        const std::int64_t u = w.u0 + w.su * k;
+        const std::int64_t v = w.v0 + w.sv * d;
+        Rect r = steep ? pen.square(v, u) : pen.square(u, v);
+        // Painting the same pixels again changes nothing.
+        if (!(r == painted)) {
+            pen.paint(r);
+            painted = r;
+        }
+        if (k == last) break;
+
+        // While the square spans the image along the major axis, the painted
+        // pixels change only with v: skip to the last step before they do.
+        if (u >= pen.spanLo(uSize) && u <= pen.spanHi()) {
+            std::int64_t kStay, unused;
+            w.stepsWithU(pen.spanLo(uSize), pen.spanHi(), unused, kStay);
+            if (v >= pen.spanLo(vSize) && v <= pen.spanHi()) {
+                kStay = std::min(kStay, lastStepWithV(w, pen.spanLo(vSize), pen.spanHi()));
+            } else {
+                kStay = std::min(kStay, lastStepWithV(w, v, v));
+            }
+            kStay = std::min(kStay, last);
+            if (kStay > k) {
+                k = kStay;
+                d = w.diagonalsAt(k);
+                e = w.errorAt(k, d);
+                continue;
+            }
+        }
+
+        if (e > 0) {
+            d++;
+            e += 2 * (w.a - w.major);
+        } else {
+            e += 2 * w.a;
+        }
+        k++;
+    }
+}
+
+int VelkGraphics::drawFile(VelkImage& image, const char* path) {
+    velk::FilePtr file = velk::openFile(path, "rb");
+    if (!file) return velk_ioerror(path, nullptr);
+
+    char header[1024] = {};
+    if (!std::fgets(header, 1023, file.get()) || !std::strstr(header, "VELK GRAPHICS")) {
+        file.reset();
+        return velk_ioerror(path, "header string 'VELK GRAPHICS' not found");
+    }
+
+    CommandStream in(file.get());
+    Canvas canvas;
+    char word[1024];
+    int endOfLine = 0;
+    float v[4];
+    while (read_word(in, 1023, word, endOfLine)) {
+        if (word[0] == '#') continue;  // this word only: the rest of the line is read on
+        if (check_cmd(word, "color")) {
+            if (!read_floats(in, 3, v, endOfLine)) return velk_error("expecting 'color r g b'");
+            int r = toPixel(v[0] * 255.0f);
+            int g = toPixel(v[1] * 255.0f);
+            int b = toPixel(v[2] * 255.0f);
+            setColor(r, g, b);
+            if (!(r == g && g == b) && image.nChannels != 3) {
+                VelkImage copy(image);
+                image.glue(copy, copy, copy);
+            }
+        } else if (check_cmd(word, "width")) {
+            if (!read_floats(in, 1, v, endOfLine)) return velk_error("expecting 'width n'");
+            setPixelWidth(toPixel(static_cast<double>(v[0]) + 0.5));
+        } else if (check_cmd(word, "canvas")) {
+            if (!read_floats(in, 4, v, endOfLine)) {
+                return velk_error("expecting 'canvas x0 y0 x1 y1'");
+            }
+            canvas.x0 = v[0];
+            canvas.y0 = v[1];
+            float w = v[2] - v[0];
+            float h = v[3] - v[1];
+            if (w == 0.0f) w = 1.0f;
+            if (h == 0.0f) h = 1.0f;
+            canvas.xScale = static_cast<float>(image.width) / w;
+            canvas.yScale = static_cast<float>(image.height) / h;
+        } else if (check_cmd(word, "line")) {
+            if (!read_floats(in, 4, v, endOfLine)) {
+                return velk_error("expecting 'line x0 y0 x1 y1 [x2 y2 ...]'");
+            }
+            int px = canvas.column(v[2]);
+            int py = canvas.row(v[3]);
+            drawLine(image, canvas.column(v[0]), canvas.row(v[1]), px, py);
+            // Further points to the end of the line; an odd one out ends it.
+            while (!endOfLine && read_floats(in, 2, v, endOfLine)) {
+                int qx = canvas.column(v[0]);
+                int qy = canvas.row(v[1]);
+                drawLine(image, px, py, qx, qy);
+                px = qx;
+                py = qy;
+            }
+        } else if (check_cmd(word, "points")) {
+            if (!read_floats(in, 2, v, endOfLine)) {
+                return velk_error("expecting 'points x1 y1 [x2 y2 ...]'");
+            }
+            int px = canvas.column(v[0]);
+            int py = canvas.row(v[1]);
+            drawPixel(image, px, py);
+            // Further pairs are read, but each marks the first point again.
+            while (!endOfLine && read_floats(in, 2, v + 2, endOfLine)) drawPixel(image, px, py);
+        }
+    }
+    return 1;
+}
+
+int VelkGraphics::drawUCD(VelkImage& image, const char* path) {
+    velk::UcdMesh mesh;
+    if (!velk::readUcdMesh(path, {2, "expected to read 2 floats, got %d"}, mesh)) return 0;
+    velk::UcdBox box = velk::ucdNodeBox(mesh);
+    float w, h;
+    if (!velk::ucdBoxSize(box, w, h)) return 0;
+    if (image.width == 0 || image.height == 0) {
+        return velk_error("degenerate image (width=%d, height=%d)", image.width, image.height);
+    }
+    float scale, xOrigin, yOrigin;
+    velk::ucdFit(box, w, h, static_cast<float>(image.width), static_cast<float>(image.height),
+                 scale, xOrigin, yOrigin);
+
+    // Halfway between two pixels goes to the lower one.
+    auto pixel = [&](float p, float origin) {
+        return toPixel(std::ceil(static_cast<double>((p - origin) * scale) - 0.5));
+    };
+    int px[3], py[3];
+    for (int t = 0; t < mesh.nT; t++) {
+        for (int c = 0; c < 3; c++) {
+            const float* node = mesh.node(mesh.triangle(t)[c]);
+            px[c] = pixel(node[0], xOrigin);
+            py[c] = pixel(node[1], yOrigin);
+        }
+        drawLine(image, px[0], py[0], px[1], py[1]);
+        drawLine(image, px[1], py[1], px[2], py[2]);
+        drawLine(image, px[2], py[2], px[0], py[0]);
+    }
+    return 1;
+}
