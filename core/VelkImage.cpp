@@ -4,11 +4,14 @@
 #include <cstring>
 
 #include "periodic.h"
+#include "resizeblock.h"
 
 VelkImage::VelkImage()
     : ownedData(nullptr), data(nullptr), width(0), height(0), nChannels(0), bytesPerLine(0) {}
 
-VelkImage::VelkImage(int width, int height) : VelkImage() { setSize(width, height, 1); }
+VelkImage::VelkImage(int width, int height) : VelkImage() {
+    setSize(width, height, 1);
+}
 
 VelkImage::VelkImage(int width, int height, int nChannels) : VelkImage() {
     setSize(width, height, nChannels);
@@ -30,7 +33,9 @@ VelkImage::VelkImage(int width, int height, int nChannels, int bytesPerLine, uns
     this->bytesPerLine = bytesPerLine;
 }
 
-VelkImage::VelkImage(const VelkImage& other) : VelkImage() { *this = other; }
+VelkImage::VelkImage(const VelkImage& other) : VelkImage() {
+    *this = other;
+}
 
 VelkImage::~VelkImage() {
     if (ownedData) std::free(ownedData);
@@ -43,8 +48,7 @@ void VelkImage::setSize(int width, int height, int nChannels) {
     bytesPerLine = nChannels * width;
     int bytes = nChannels * (width * height);
     if (bytes >= 1) {
-        ownedData = static_cast<unsigned char*>(ownedData ? std::realloc(ownedData, bytes)
-                                                          : std::malloc(bytes));
+        ownedData = static_cast<unsigned char*>(velk::resizeBlock(ownedData, bytes));
     } else if (ownedData) {
         std::free(ownedData);
         ownedData = nullptr;

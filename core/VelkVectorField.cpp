@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "resizeblock.h"
+
 VelkVectorField::VelkVectorField() : ownedData(nullptr), data(nullptr), width(0), height(0) {}
 
 VelkVectorField::VelkVectorField(int width, int height, float* data) : VelkVectorField() {
@@ -25,8 +27,7 @@ void VelkVectorField::setSize(int width, int height) {
     this->height = height;
     if (width * height != 0) {
         std::size_t bytes = static_cast<std::size_t>(static_cast<std::int64_t>(width) * 8 * height);
-        ownedData = static_cast<float*>(ownedData ? std::realloc(ownedData, bytes)
-                                                  : std::malloc(bytes));
+        ownedData = static_cast<float*>(velk::resizeBlock(ownedData, bytes));
     } else if (ownedData) {
         std::free(ownedData);
         ownedData = nullptr;

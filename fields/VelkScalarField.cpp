@@ -13,6 +13,7 @@
 #include "fieldfile.h"
 #include "gridsample.h"
 #include "report.h"
+#include "resizeblock.h"
 #include "ucdmesh.h"
 
 namespace {
@@ -81,12 +82,8 @@ void VelkScalarField::setSize(int width, int height) {
     if (bytes == 0) {
         std::free(ownedData);
         ownedData = nullptr;
-    } else if (ownedData) {
-        void* grown = std::realloc(ownedData, bytes);
-        if (grown == nullptr) std::free(ownedData);
-        ownedData = static_cast<float*>(grown);
     } else {
-        ownedData = static_cast<float*>(std::malloc(bytes));
+        ownedData = static_cast<float*>(velk::resizeBlock(ownedData, bytes));
     }
     data = ownedData;
 }
