@@ -69,16 +69,14 @@ VelkCompute::VelkCompute()
       sums(nullptr),
       points(nullptr),
       zaehlrohr(),
-      getPixel(nullptr) {}
+      getPixel(nullptr),
+      positions(nullptr) {}
 
 VelkCompute::~VelkCompute() {
     delete forward;
     delete backward;
     // Only left over when a host called start() without stop().
-    std::free(points);
-    std::free(accum);
-    std::free(samples);
-    std::free(sums);
+    releaseBuffers();
 }
 
 void VelkCompute::setFilterKernel(FilterKernel kernel) {
@@ -152,18 +150,9 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     nExtension = stepCount(extensionLength / stepSize + 0.5f);
     nTotal = nFilter + nExtension;
     zaehlrohrBase = 0;
-    numSubCells = numSubPixels * numSubPixels;
-    cellStride = numSubCells + nChannels;
 
     // Left-overs of a start() without stop().
-    std::free(points);
-    std::free(accum);
-    std::free(samples);
-    std::free(sums);
-    points = nullptr;
-    accum = nullptr;
-    samples = nullptr;
-    sums = nullptr;
+    releaseBuffers();
 
     // Sizes the int arithmetic of the accumulation cannot hold leave the
     // buffers null, and compute() then fails instead of overrunning them.
@@ -172,6 +161,8 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
                          n * width <= kMaxSubCoordinate && n * height <= kMaxSubCoordinate &&
                          n * n + nChannels <= INT_MAX &&
                          (input->data != nullptr || static_cast<long long>(width) * height == 0);
+    numSubCells = sizesOk ? numSubPixels * numSubPixels : 0;
+    cellStride = sizesOk ? numSubCells + nChannels : 0;
     if (sizesOk) {
         const std::size_t records = 2 * static_cast<std::size_t>(nTotal) + 1;
         const std::size_t cells = static_cast<std::size_t>(width) * height + 1;
@@ -180,16 +171,8 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
         accum = static_cast<int*>(std::calloc(cells, cellStride * sizeof(int)));
         samples = static_cast<int*>(std::malloc(records * channels * sizeof(int)));
         sums = static_cast<std::int64_t*>(std::malloc(records * channels * sizeof(std::int64_t)));
-        if (!points || !accum || !samples || !sums) {
-            std::free(points);
-            std::free(accum);
-            std::free(samples);
-            std::free(sums);
-            points = nullptr;
-            accum = nullptr;
-            samples = nullptr;
-            sums = nullptr;
-        }
+        positions = static_cast<Vec2f*>(std::malloc(records * sizeof(Vec2f)));
+        if (!points || !accum || !samples || !sums || !positions) releaseBuffers();
     }
 
     totalHits = 0;
@@ -202,15 +185,21 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     }
 }
 
-void VelkCompute::stop() {
+void VelkCompute::releaseBuffers() {
     std::free(points);
     std::free(accum);
     std::free(samples);
     std::free(sums);
+    std::free(positions);
     points = nullptr;
     accum = nullptr;
     samples = nullptr;
     sums = nullptr;
+    positions = nullptr;
+}
+
+void VelkCompute::stop() {
+    releaseBuffers();
 
     velk_info("total number of field lines = %d", numFieldLines);
     const int pixels = width * height;

@@ -120,12 +120,13 @@ class VELK_EXPORT VelkCompute {
     static void getPixelBilinear1(VelkImage* image, float x, float y, int* out);
 
   private:
-    void fillPoint(int index, const Vec2f& p);
+    Vec2f* positions;  // the traced points of a line, one per record
     void seedScan(VelkImage* mask, VelkImage* seedMap);
     void seedOffset(VelkImage* mask, VelkImage* seedMap);
     void seedSobol(VelkImage* mask, VelkImage* seedMap);
     void seedPixel(int x, int y, int sub, VelkImage* mask, VelkImage* seedMap);
     void replaceIntegrators(VelkIntegrator* forward, VelkIntegrator* backward);
+    void releaseBuffers();
 };
 
 #endif

@@ -15,20 +15,73 @@ inline float bilinear(float p00, float p10, float p01, float p11, float fx, floa
     return p00 + (p10 - p00) * fx + (p01 - p00) * fy + fx * fy * (p00 - p01 - p10 + p11);
 }
 
-// Periodic wrap of texture coordinates; false when no wrapped position exists
-// (an image narrower or lower than 2 pixels, a coordinate that is not finite).
-inline bool wrapTexture(const VelkImage* image, float& x, float& y) {
-    return velk::wrapPeriodic(x, static_cast<float>(image->width - 1)) &&
-           velk::wrapPeriodic(y, static_cast<float>(image->height - 1));
+// What a texture lookup reads of an image, taken once so that a line's lookups
+// keep it in registers.
+struct Texture {
+    const unsigned char* data;
+    std::ptrdiff_t bytesPerLine;
+    int nChannels;
+    float periodX;  // width - 1: the last column repeats the first
+    float periodY;
+};
+
+inline Texture textureOf(const VelkImage* image) {
+    return {image->data, image->bytesPerLine, image->nChannels,
+            static_cast<float>(image->width - 1), static_cast<float>(image->height - 1)};
 }
 
-inline const unsigned char* texel(const VelkImage* image, float x, float y, float& fx, float& fy) {
+// Periodic wrap and split into texel and fractions; null when no wrapped
+// position exists (an image narrower or lower than 2 pixels, a coordinate that
+// is not finite).
+__attribute__((always_inline)) inline const unsigned char* texel(const Texture& t, float x, float y,
+                                                                 float& fx, float& fy) {
+    if (!velk::wrapPeriodic(x, t.periodX) || !velk::wrapPeriodic(y, t.periodY)) return nullptr;
     const int ix = static_cast<int>(x);
     const int iy = static_cast<int>(y);
     fx = x - static_cast<float>(ix);
     fy = y - static_cast<float>(iy);
-    return image->data + static_cast<std::ptrdiff_t>(iy) * image->bytesPerLine +
-           static_cast<std::ptrdiff_t>(ix) * image->nChannels;
+    return t.data + static_cast<std::ptrdiff_t>(iy) * t.bytesPerLine +
+           static_cast<std::ptrdiff_t>(ix) * t.nChannels;
+}
+
+// The bodies of the four lookups; the one-channel ones are also inlined into
+// the filling of a line's records.
+__attribute__((always_inline)) inline void constOne(const Texture& t, float x, float y, int* out) {
+    float fx, fy;
+    const unsigned char* p = texel(t, x, y, fx, fy);
+    out[0] = p ? p[0] : 0;
+}
+
+__attribute__((always_inline)) inline void bilinearOne(const Texture& t, float x, float y,
+                                                       int* out) {
+    float fx, fy;
+    const unsigned char* p = texel(t, x, y, fx, fy);
+    if (!p) {
+        out[0] = 0;
+        return;
+    }
+    const unsigned char* q = p + t.bytesPerLine;
+    out[0] = static_cast<int>(bilinear(p[0], p[1], q[0], q[1], fx, fy));
+}
+
+inline void constN(const Texture& t, float x, float y, int* out) {
+    float fx, fy;
+    const unsigned char* p = texel(t, x, y, fx, fy);
+    for (int ch = 0; ch < t.nChannels; ch++) out[ch] = p ? p[ch] : 0;
+}
+
+inline void bilinearN(const Texture& t, float x, float y, int* out) {
+    float fx, fy;
+    const unsigned char* p = texel(t, x, y, fx, fy);
+    const int nch = t.nChannels;
+    if (!p) {
+        for (int ch = 0; ch < nch; ch++) out[ch] = 0;
+        return;
+    }
+    const unsigned char* q = p + t.bytesPerLine;
+    for (int ch = 0; ch < nch; ch++) {
+        out[ch] = static_cast<int>(bilinear(p[ch], p[ch + nch], q[ch], q[ch + nch], fx, fy));
+    }
 }
 
 // Running sums of the texture values T along a line, anchored at the centre c
@@ -97,108 +150,100 @@ void convolveKernel(const int* T, std::int64_t* S, const VelkCompute::LinePoint*
     }
 }
 
-// The bodies of the four lookups, inlined into the line tracing for the
-// one-channel cases.
-__attribute__((always_inline)) inline void constOne(const VelkImage* image, float x, float y,
-                                                    int* out) {
-    if (!wrapTexture(image, x, y)) {
-        out[0] = 0;
-        return;
+// What filling a record needs from the engine, kept in registers over a line.
+struct RecordFill {
+    float xMax, yMax, xScale, yScale;
+    int width, height, subPixels;
+    int channels;
+    VelkImage* input;
+    Texture texture;
+    VelkCompute::PixelLookup getPixel;
+};
+
+enum LookupKind { kLookupPointer, kLookupBilinear1, kLookupConst1 };
+
+// Fills records lo .. hi from the traced positions: the output pixel and
+// sub-pixel the point falls in, and the texture value(s) there.
+template <LookupKind kLookup, bool kSubPixels>
+void fillRecords(const RecordFill f, const Vec2f* positions, VelkCompute::LinePoint* points,
+                 int* samples, int lo, int hi) {
+    const int spare = f.width * f.height;
+    for (int i = lo; i <= hi; i++) {
+        const Vec2f p = positions[i];
+        VelkCompute::LinePoint& point = points[i];
+        // One periodic correction only: points within the domain and just
+        // beyond its border map onto the image.
+        float xw = p.x;
+        float yw = p.y;
+        if (xw < 0.0f) {
+            xw = p.x + f.xMax;
+        } else if (xw > f.xMax) {
+            xw = p.x - f.xMax;
+        }
+        if (yw < 0.0f) {
+            yw = p.y + f.yMax;
+        } else if (yw > f.yMax) {
+            yw = p.y - f.yMax;
+        }
+        if (xw >= 0.0f && xw <= f.xMax && yw >= 0.0f && yw <= f.yMax) {
+            int px = static_cast<int>(f.xScale * xw);
+            int py = static_cast<int>(f.yScale * yw);
+            // xScale * xMax may round up to width on a field much finer than the image.
+            if (px >= f.width) px = f.width - 1;
+            if (py >= f.height) py = f.height - 1;
+            point.pixel = px + py * f.width;
+            if (kSubPixels) {
+                const int N = f.subPixels;
+                point.subPixel = static_cast<int>(f.xScale * N * xw) % N +
+                                 N * (static_cast<int>(f.yScale * N * yw) % N);
+            } else {
+                point.subPixel = 0;
+            }
+        } else {
+            // Far off the domain (extrapolated ends, NaN): the spare cell behind
+            // the image, which no output pixel reads.
+            point.pixel = spare;
+            point.subPixel = 0;
+        }
+        int* out = samples + static_cast<std::ptrdiff_t>(i) * f.channels;
+        const float tx = p.x * f.xScale;
+        const float ty = p.y * f.yScale;
+        if (kLookup == kLookupBilinear1) {
+            bilinearOne(f.texture, tx, ty, out);
+        } else if (kLookup == kLookupConst1) {
+            constOne(f.texture, tx, ty, out);
+        } else {
+            f.getPixel(f.input, tx, ty, out);
+        }
     }
-    out[0] = image->data[static_cast<std::ptrdiff_t>(static_cast<int>(y)) * image->bytesPerLine +
-                         static_cast<int>(x)];
 }
 
-__attribute__((always_inline)) inline void bilinearOne(const VelkImage* image, float x, float y,
-                                                       int* out) {
-    if (!wrapTexture(image, x, y)) {
-        out[0] = 0;
-        return;
+template <LookupKind kLookup>
+void fillRecords(const RecordFill& f, const Vec2f* positions, VelkCompute::LinePoint* points,
+                 int* samples, int lo, int hi) {
+    if (f.subPixels == 1) {
+        fillRecords<kLookup, false>(f, positions, points, samples, lo, hi);
+    } else {
+        fillRecords<kLookup, true>(f, positions, points, samples, lo, hi);
     }
-    float fx, fy;
-    const unsigned char* p = texel(image, x, y, fx, fy);
-    const unsigned char* q = p + image->bytesPerLine;
-    out[0] = static_cast<int>(bilinear(p[0], p[1], q[0], q[1], fx, fy));
 }
 
 }  // namespace
 
 void VelkCompute::getPixelConst1(VelkImage* image, float x, float y, int* out) {
-    constOne(image, x, y, out);
+    constOne(textureOf(image), x, y, out);
 }
 
 void VelkCompute::getPixelConstN(VelkImage* image, float x, float y, int* out) {
-    const int nch = image->nChannels;
-    if (!wrapTexture(image, x, y)) {
-        for (int ch = 0; ch < nch; ch++) out[ch] = 0;
-        return;
-    }
-    float fx, fy;
-    const unsigned char* p = texel(image, x, y, fx, fy);
-    for (int ch = 0; ch < nch; ch++) out[ch] = p[ch];
+    constN(textureOf(image), x, y, out);
 }
 
 void VelkCompute::getPixelBilinear1(VelkImage* image, float x, float y, int* out) {
-    bilinearOne(image, x, y, out);
+    bilinearOne(textureOf(image), x, y, out);
 }
 
 void VelkCompute::getPixelBilinearN(VelkImage* image, float x, float y, int* out) {
-    const int nch = image->nChannels;
-    if (!wrapTexture(image, x, y)) {
-        for (int ch = 0; ch < nch; ch++) out[ch] = 0;
-        return;
-    }
-    float fx, fy;
-    const unsigned char* p = texel(image, x, y, fx, fy);
-    const unsigned char* q = p + image->bytesPerLine;
-    for (int ch = 0; ch < nch; ch++) {
-        out[ch] = static_cast<int>(bilinear(p[ch], p[ch + nch], q[ch], q[ch + nch], fx, fy));
-    }
-}
-
-inline void VelkCompute::fillPoint(int index, const Vec2f& p) {
-    LinePoint& point = points[index];
-    // One periodic correction only: points within the domain and just beyond
-    // its border map onto the image.
-    float xw = p.x;
-    float yw = p.y;
-    if (xw < 0.0f) {
-        xw = p.x + xMax;
-    } else if (xw > xMax) {
-        xw = p.x - xMax;
-    }
-    if (yw < 0.0f) {
-        yw = p.y + yMax;
-    } else if (yw > yMax) {
-        yw = p.y - yMax;
-    }
-    if (xw >= 0.0f && xw <= xMax && yw >= 0.0f && yw <= yMax) {
-        int px = static_cast<int>(xScale * xw);
-        int py = static_cast<int>(yScale * yw);
-        // xScale * xMax may round up to width on a field much finer than the image.
-        if (px >= width) px = width - 1;
-        if (py >= height) py = height - 1;
-        point.pixel = px + py * width;
-        const int N = numSubPixels;
-        point.subPixel = N == 1 ? 0
-                                : static_cast<int>(xScale * N * xw) % N +
-                                      N * (static_cast<int>(yScale * N * yw) % N);
-    } else {
-        // Far off the domain (extrapolated ends, NaN): the spare cell behind
-        // the image, which no output pixel reads.
-        point.pixel = width * height;
-        point.subPixel = 0;
-    }
-    int* out = samples + static_cast<std::ptrdiff_t>(index) * nChannels;
-    const float tx = p.x * xScale;
-    const float ty = p.y * yScale;
-    if (getPixel == getPixelBilinear1) {
-        bilinearOne(input, tx, ty, out);
-    } else if (getPixel == getPixelConst1) {
-        constOne(input, tx, ty, out);
-    } else {
-        getPixel(input, tx, ty, out);
-    }
+    bilinearN(textureOf(image), x, y, out);
 }
 
 void VelkCompute::sample(const Vec2f& seed) {
@@ -236,27 +281,39 @@ void VelkCompute::sample(const Vec2f& seed) {
 
     const int n = nFilter;
     const int c = nTotal;
-    fillPoint(c, seed);
+    positions[c] = seed;
 
-    // The filter part is sampled whatever the status: past the end of the line
+    // The filter part is traced whatever the status: past the end of the line
     // the integrators extrapolate. An extension step is taken only while the
     // output point it completes (nFilter records behind) is valid.
-    for (int k = 1; k <= n; k++) fillPoint(c + k, forward->next(points[c + k].status));
+    for (int k = 1; k <= n; k++) positions[c + k] = forward->next(points[c + k].status);
     int ahead = 0;
     while (ahead < nExtension && points[c + 1 + ahead].status == 0) {
         const int i = c + n + 1 + ahead;
-        fillPoint(i, forward->next(points[i].status));
+        positions[i] = forward->next(points[i].status);
         ahead++;
     }
-    for (int k = 1; k <= n; k++) fillPoint(c - k, backward->next(points[c - k].status));
+    for (int k = 1; k <= n; k++) positions[c - k] = backward->next(points[c - k].status);
     int behind = 0;
     while (behind < nExtension && points[c - 1 - behind].status == 0) {
         const int i = c - n - 1 - behind;
-        fillPoint(i, backward->next(points[i].status));
+        positions[i] = backward->next(points[i].status);
         behind++;
     }
     const int lo = c - n - behind;
     const int hi = c + n + ahead;
+
+    // The records are filled after the tracing: the loop keeps the engine's
+    // scales in registers instead of reloading them around every call.
+    const RecordFill fill = {xMax,         yMax,      xScale, yScale,           width,   height,
+                             numSubPixels, nChannels, input,  textureOf(input), getPixel};
+    if (getPixel == getPixelBilinear1) {
+        fillRecords<kLookupBilinear1>(fill, positions, points, samples, lo, hi);
+    } else if (getPixel == getPixelConst1) {
+        fillRecords<kLookupConst1>(fill, positions, points, samples, lo, hi);
+    } else {
+        fillRecords<kLookupPointer>(fill, positions, points, samples, lo, hi);
+    }
 
     const std::int64_t wide = n;
     switch (filterKernel) {
