@@ -1,0 +1,238 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <velk/velk.h>
+
+#include "TestSupport.h"
+#include "ToolRun.h"
+
+using velktest::Picture;
+using velktest::TempDir;
+using velktest::ToolResult;
+
+namespace {
+
+Picture png(const TempDir& dir, const std::string& name) {
+    Picture p;
+    std::string error;
+    EXPECT_TRUE(velktest::readPng(dir.path(name), p, error)) << name << ": " << error;
+    return p;
+}
+
+ToolResult run(const TempDir& dir, std::vector<std::string> args) {
+    return velktest::runTool(dir.path(""), args);
+}
+
+}  // namespace
+
+TEST(ToolOutput, TheBareCommandMakesA512SquareGreyLic) {
+    TempDir dir;
+    ToolResult r = run(dir, {"-o", "out.png"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "") << "quiet without -v";
+    Picture p = png(dir, "out.png");
+    EXPECT_EQ(p.width, 512);
+    EXPECT_EQ(p.height, 512);
+    EXPECT_EQ(p.channels, 1);
+    // The contrast adjustment aims at mean 128.
+    double sum = 0;
+    for (unsigned char v : p.pixels) sum += v;
+    double mean = sum / static_cast<double>(p.pixels.size());
+    EXPECT_NEAR(mean, 128.0, 12.0);
+}
+
+TEST(ToolOutput, EveryFormatHasItsTypeAndTheSamePixels) {
+    TempDir dir;
+    struct Case {
+        const char* file;
+        bool colour;
+        bool ascii;
+        const char* magic;  // null for PNG
+    };
+    const std::vector<Case> cases = {
+        {"grey.png", false, false, nullptr}, {"colour.png", true, false, nullptr},
+        {"grey.pgm", false, false, "P5"},    {"colour.ppm", true, false, "P6"},
+        {"grey-a.pgm", false, true, "P2"},   {"colour-a.pnm", true, true, "P3"},
+    };
+    std::vector<unsigned char> reference[2];  // grey and colour pixels, top row first
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        std::vector<std::string> args = {"-o", c.file, "--noise-size", "33x21", "--seed", "4"};
+        if (c.colour) args.insert(args.end(), {"--noise", "colour"});
+        if (c.ascii) args.push_back("--ascii");
+        ToolResult r = run(dir, args);
+        ASSERT_EQ(r.status, 0) << r.err;
+
+        std::vector<unsigned char> pixels;
+        const int channels = c.colour ? 3 : 1;
+        if (!c.magic) {
+            Picture p = png(dir, c.file);
+            EXPECT_EQ(p.width, 33);
+            EXPECT_EQ(p.height, 21);
+            EXPECT_EQ(p.channels, channels);
+            pixels = p.pixels;
+        } else {
+            std::string bytes = velktest::readFile(dir.path(c.file));
+            EXPECT_EQ(bytes.compare(0, 2, c.magic), 0);
+            VelkImage image;
+            ASSERT_EQ(image.readPNM(dir.path(c.file).c_str()), 1);
+            EXPECT_EQ(image.width, 33);
+            EXPECT_EQ(image.height, 21);
+            EXPECT_EQ(image.nChannels, channels);
+            for (int y = image.height - 1; y >= 0; y--)
+                pixels.insert(pixels.end(), image.data + y * image.bytesPerLine,
+                              image.data + y * image.bytesPerLine + image.width * channels);
+        }
+        std::vector<unsigned char>& ref = reference[c.colour ? 1 : 0];
+        if (ref.empty()) {
+            ref = pixels;
+        } else {
+            EXPECT_EQ(pixels, ref) << "every format holds the same picture, top row first";
+        }
+    }
+}
+
+TEST(ToolOutput, PostProcessingKeepsSizeAndSetsTheChannels) {
+    TempDir dir;
+    velktest::writeFile(dir.path("ramp.sca"), "VELK SCALAR ASCII\n2 2\n0\n1\n2\n3\n");
+    struct Case {
+        const char* name;
+        std::vector<std::string> args;
+        int width, height, channels;
+    };
+    const std::vector<Case> cases = {
+        {"zoom", {"--size", "64x20"}, 64, 20, 1},
+        {"blur", {"--blur", "3"}, 40, 30, 1},
+        {"blur-colour", {"--blur", "2", "--noise", "colour"}, 40, 30, 3},
+        {"brighten", {"--brighten", "60,200"}, 40, 30, 1},
+        {"emboss-light", {"--emboss", "light", "--light", "30,60", "--relief", "2"}, 40, 30, 1},
+        {"emboss-flow", {"--emboss", "flow", "--size", "50x50"}, 50, 50, 1},
+        {"direction", {"--color", "direction"}, 40, 30, 3},
+        {"magnitude", {"--color", "magnitude", "--colormap", "hot", "--flip"}, 40, 30, 3},
+        {"scalar",
+         {"--color-scalar", "ramp.sca", "--colormap", "bwr", "--gamma", "0.5"},
+         40,
+         30,
+         3},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::vector<std::string> args = {"-o", std::string(c.name) + ".png", "--noise-size",
+                                         "40x30"};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        ToolResult r = run(dir, args);
+        ASSERT_EQ(r.status, 0) << r.err;
+        Picture p = png(dir, std::string(c.name) + ".png");
+        EXPECT_EQ(p.width, c.width);
+        EXPECT_EQ(p.height, c.height);
+        EXPECT_EQ(p.channels, c.channels);
+    }
+}
+
+TEST(ToolOutput, ColouringWithAGreyMapKeepsThePictureGrey) {
+    TempDir dir;
+    ToolResult r = run(dir, {"-o", "grey.png", "--noise-size", "30x30", "--color", "magnitude",
+                             "--colormap", "grey"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    Picture grey = png(dir, "grey.png");
+    ASSERT_EQ(grey.channels, 3);
+    int coloured = 0;
+    for (std::size_t i = 0; i + 2 < grey.pixels.size(); i += 3)
+        if (grey.pixels[i] != grey.pixels[i + 1] || grey.pixels[i] != grey.pixels[i + 2])
+            coloured++;
+    EXPECT_EQ(coloured, 0);
+
+    // The hues of the direction colouring are not grey.
+    r = run(dir, {"-o", "hue.png", "--noise-size", "30x30", "--color", "direction"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    Picture hue = png(dir, "hue.png");
+    for (std::size_t i = 0; i + 2 < hue.pixels.size(); i += 3)
+        if (hue.pixels[i] != hue.pixels[i + 1] || hue.pixels[i] != hue.pixels[i + 2]) coloured++;
+    EXPECT_GT(coloured, 450);
+}
+
+TEST(ToolOutput, TheHistogramCountsTheWrittenPicture) {
+    TempDir dir;
+    ToolResult r = run(dir, {"-o", "out.pgm", "--noise-size", "25x16", "--histogram", "hist.txt"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    VelkImage image;
+    ASSERT_EQ(image.readPNM(dir.path("out.pgm").c_str()), 1);
+    long expected[256] = {};
+    for (int i = 0; i < 25 * 16; i++) expected[image.data[i]]++;
+
+    std::istringstream lines(velktest::readFile(dir.path("hist.txt")));
+    int value, n = 0;
+    long count;
+    while (lines >> value >> count) {
+        ASSERT_EQ(value, n);
+        EXPECT_EQ(count, expected[n]) << "grey value " << n;
+        n++;
+    }
+    EXPECT_EQ(n, 256);
+}
+
+TEST(ToolOutput, VerboseShowsTheLibraryReport) {
+    TempDir dir;
+    ToolResult r = run(dir, {"-v", "-o", "out.png", "--noise-size", "20x20"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.err.find("total number of field lines"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("average number of hits per pixel"), std::string::npos) << r.err;
+}
+
+TEST(ToolOutput, HelpListsTheOptionsWithDefaults) {
+    TempDir dir;
+    ToolResult r = run(dir, {"--help"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    for (const char* option : {"--output", "--field", "--noise", "--kernel", "--seeding",
+                               "--emboss", "--colormap", "--overlay", "--frames"})
+        EXPECT_NE(r.out.find(option), std::string::npos) << option;
+    EXPECT_NE(r.out.find("(default: 20)"), std::string::npos);
+    EXPECT_TRUE(velktest::listDir(dir.path("")).empty());
+}
+
+TEST(ToolOutput, TheOverlayIsDrawnFromTheLowerLeftCorner) {
+    TempDir dir;
+    velktest::writeFile(dir.path("mark.vg"), "VELK GRAPHICS\ncolor 1 0 0\nline 0 5 39 5\n");
+    ToolResult r = run(dir, {"-o", "out.png", "--noise-size", "40x30", "--overlay", "mark.vg"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    Picture p = png(dir, "out.png");
+    ASSERT_EQ(p.channels, 3) << "a coloured pen makes the picture colour";
+    // Row 5 from the bottom is row 24 from the top.
+    for (int y = 0; y < 30; y++) {
+        for (int x = 0; x < 40; x++) {
+            const unsigned char* px = &p.pixels[(y * 40 + x) * 3];
+            bool red = px[0] == 255 && px[1] == 0 && px[2] == 0;
+            if (y == 24) {
+                EXPECT_TRUE(red) << "at " << x;
+            } else {
+                EXPECT_TRUE(px[0] == px[1] && px[1] == px[2])
+                    << "grey off the line at " << x << "," << y;
+            }
+        }
+    }
+}
+
+TEST(ToolOutput, PureRedsTakeTheLightnessOfTheLic) {
+    // An all-red colour map: every pixel of the colour layer is pure red.
+    TempDir dir;
+    std::string red;
+    for (int i = 0; i < 256; i++) red += "255 0 0\n";
+    velktest::writeFile(dir.path("red.icol"), red);
+    ToolResult r = run(dir, {"-o", "out.png", "--noise-size", "30x30", "--color", "magnitude",
+                             "--colormap", "red.icol"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    Picture p = png(dir, "out.png");
+    ASSERT_EQ(p.channels, 3);
+    int lo = 255, hi = 0;
+    for (std::size_t i = 0; i + 2 < p.pixels.size(); i += 3) {
+        EXPECT_GE(p.pixels[i], p.pixels[i + 1]) << "red stays the strongest channel";
+        lo = std::min(lo, static_cast<int>(p.pixels[i]));
+        hi = std::max(hi, static_cast<int>(p.pixels[i]));
+    }
+    EXPECT_LT(lo + 100, hi) << "the LIC shows through the colour";
+}

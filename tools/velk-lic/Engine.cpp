@@ -1,0 +1,77 @@
+#include "Engine.h"
+
+#include <cstdint>
+#include <string>
+
+#include <velk/velk.h>
+
+#include "Console.h"
+#include "Options.h"
+#include "Pictures.h"
+#include "ToolError.h"
+
+namespace {
+
+// The hit counters and channel sums of one computation may take this much.
+constexpr std::uint64_t kMaxAccumBytes = std::uint64_t(1) << 30;
+
+}  // namespace
+
+void configureEngine(const Options& o, VelkCompute& engine) {
+    engine.setFilterKernel(static_cast<VelkCompute::FilterKernel>(o.kernel));
+    engine.setFilterLength(o.length);
+    engine.setNumSubPixels(o.subPixels);
+    engine.setInterpolationMethod(static_cast<VelkCompute::InterpolationMethod>(o.lookup));
+    engine.setNormalization(o.normalization);
+    engine.seedingMode = o.seeding;
+    if (o.midpoint) {
+        engine.useEuler();
+    } else {
+        engine.useRK43(o.rk43[0], o.rk43[1], o.rk43[2], o.rk43[3]);
+    }
+}
+
+void checkEngineMemory(const Options& o, const VelkImage& texture) {
+    const std::uint64_t cells = std::uint64_t(texture.width) * std::uint64_t(texture.height);
+    const std::uint64_t perCell =
+        std::uint64_t(o.subPixels) * std::uint64_t(o.subPixels) + std::uint64_t(texture.nChannels);
+    const std::uint64_t bytes = cells * perCell * sizeof(int);
+    if (bytes > kMaxAccumBytes)
+        throw ToolError("a " + std::to_string(texture.width) + "x" +
+                        std::to_string(texture.height) + " LIC with " +
+                        std::to_string(o.subPixels) + "x" + std::to_string(o.subPixels) +
+                        " sub-pixels needs " + std::to_string(bytes >> 20) +
+                        " MiB of counters (at most " + std::to_string(kMaxAccumBytes >> 20) +
+                        " MiB); use fewer sub-pixels or a smaller texture");
+}
+
+void readMask(const std::string& path, const VelkVectorField& field, VelkImage& mask) {
+    readPicture(path, "mask", mask);
+    if (mask.nChannels == 3) mask.colorToGrey(nullptr);
+    if (mask.width != field.width || mask.height != field.height)
+        throw ToolError("mask '" + path + "' is " + std::to_string(mask.width) + "x" +
+                        std::to_string(mask.height) + " but the field grid is " +
+                        std::to_string(field.width) + "x" + std::to_string(field.height));
+}
+
+void computeLic(VelkCompute& engine, VelkVectorField& field, VelkImage& texture, VelkImage* mask,
+                VelkImage& lic) {
+    console::clearLibraryError();
+    if (!engine.compute(&field, &texture, &lic, mask, nullptr))
+        console::libraryFailure("the LIC computation failed");
+    if (!mask) return;
+
+    // Pixel centres in field coordinates, as the engine places its seeds.
+    const float rx = static_cast<float>(field.width - 1) / static_cast<float>(lic.width);
+    const float ry = static_cast<float>(field.height - 1) / static_cast<float>(lic.height);
+    for (int y = 0; y < lic.height; y++) {
+        unsigned char* p = lic.data + static_cast<long>(y) * lic.bytesPerLine;
+        for (int x = 0; x < lic.width; x++, p += lic.nChannels) {
+            int inside = 0;
+            VelkCompute::getPixelConst1(mask, (static_cast<float>(x) + 0.5f) * rx,
+                                        (static_cast<float>(y) + 0.5f) * ry, &inside);
+            if (inside == 0)
+                for (int c = 0; c < lic.nChannels; c++) p[c] = 0;
+        }
+    }
+}

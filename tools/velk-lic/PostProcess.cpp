@@ -1,0 +1,228 @@
+#include "PostProcess.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "Console.h"
+#include "Options.h"
+#include "Overlay.h"
+#include "ToolError.h"
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+std::string quoted(const std::string& path) {
+    return "'" + path + "'";
+}
+
+// The library's colour-map reader writes its complaints to the standard error
+// stream itself; they are caught here and become part of the tool's message.
+class StderrCapture {
+  public:
+    StderrCapture() {
+        std::fflush(stderr);
+        file = std::tmpfile();
+        if (file) saved = dup(STDERR_FILENO);
+        if (saved >= 0) dup2(fileno(file), STDERR_FILENO);
+    }
+    ~StderrCapture() {
+        restore();
+        if (file) std::fclose(file);
+    }
+    StderrCapture(const StderrCapture&) = delete;
+    StderrCapture& operator=(const StderrCapture&) = delete;
+
+    // What was written so far, as one line.
+    std::string text() {
+        restore();
+        std::string out;
+        if (!file) return out;
+        std::rewind(file);
+        char buffer[256];
+        while (std::fgets(buffer, sizeof buffer, file)) out += buffer;
+        while (!out.empty() && (out.back() == '\n' || out.back() == '.')) out.pop_back();
+        for (char& c : out)
+            if (c == '\n') c = ' ';
+        return out;
+    }
+
+  private:
+    void restore() {
+        if (saved < 0) return;
+        std::fflush(stderr);
+        dup2(saved, STDERR_FILENO);
+        close(saved);
+        saved = -1;
+    }
+
+    std::FILE* file = nullptr;
+    int saved = -1;
+};
+
+void loadColormap(const std::string& name, VelkColormap& map) {
+    if (name == "hue") {
+        map.createHueRamp();
+    } else if (name == "hot") {
+        map.createHotIron();
+    } else if (name == "bwr") {
+        map.createBlueWhiteRed();
+    } else if (name == "grey") {
+        map.createGreyRamp();
+    } else {
+        std::FILE* probe = std::fopen(name.c_str(), "rb");
+        if (!probe)
+            throw ToolError(
+                "colour map " + quoted(name) +
+                " is no preset (hue, hot, bwr, grey) and cannot be read: " + std::strerror(errno));
+        std::fclose(probe);
+        StderrCapture capture;
+        if (!map.readIcol(name.c_str()))
+            throw ToolError("cannot read colour map " + quoted(name) + ": " + capture.text());
+    }
+}
+
+// The library's RGB to HSL conversion gives pure reds (red above equal green
+// and blue) the hue 1.0, which its HSL to RGB conversion does not map back, so
+// `mix` would keep such pixels as they are instead of giving them the LIC's
+// lightness. `mix` uses only hue and saturation of the colour layer, so such a
+// pixel is replaced by the fully bright red of the same saturation with one
+// step more green: its hue moves off 1.0 by a negligible 1/1530.
+void avoidHueOne(VelkImage& layer) {
+    for (int y = 0; y < layer.height; y++) {
+        unsigned char* p = layer.data + static_cast<long>(y) * layer.bytesPerLine;
+        for (int x = 0; x < layer.width; x++, p += 3) {
+            if (!(p[0] > p[1] && p[1] == p[2])) continue;
+            float rgb[3] = {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f};
+            float hsl[3] = {0.0f, 0.0f, 0.0f};
+            RGB_to_HSL(rgb, hsl);
+            int hi = static_cast<int>(127.5f * (1.0f + hsl[1]) + 0.5f);
+            if (hi > 255) hi = 255;
+            const int lo = 255 - hi;
+            if (hi - lo >= 2) {
+                p[0] = static_cast<unsigned char>(hi);
+                p[1] = static_cast<unsigned char>(lo + 1);
+                p[2] = static_cast<unsigned char>(lo);
+            } else {
+                // Hardly saturated: the hue does not show.
+                p[1] = static_cast<unsigned char>(p[1] + 1);
+            }
+        }
+    }
+}
+
+void setRange(VelkColormap& map, float lo, float hi) {
+    // A constant field still needs a usable scale.
+    if (!(hi > lo)) hi = lo + 1.0f;
+    map.setMinMax(lo, hi);
+}
+
+}  // namespace
+
+PostProcessor::PostProcessor(const Options& options, VelkVectorField& field)
+    : options(options), field(field) {
+    const Colouring c = options.colouring;
+    if (c != Colouring::Magnitude && c != Colouring::Scalar) return;
+    loadColormap(options.colormap, colormap);
+    if (options.flip) colormap.flip(nullptr);
+    if (options.gamma != 1.0f) colormap.gamma(options.gamma, nullptr);
+    if (c == Colouring::Scalar) {
+        const std::string& path = options.colourScalarPath;
+        scalar.reset(new VelkScalarField);
+        console::clearLibraryError();
+        if (!scalar->read(path.c_str()))
+            console::libraryFailure("cannot read scalar field file " + quoted(path));
+        if (scalar->width > kMaxGridSide || scalar->height > kMaxGridSide)
+            throw ToolError("scalar field " + quoted(path) + " is larger than " +
+                            std::to_string(kMaxGridSide) + " nodes on a side");
+    }
+}
+
+PostProcessor::~PostProcessor() = default;
+
+void PostProcessor::apply(VelkImage& picture) {
+    adjustContrast(picture);
+    blur(picture);
+    if (options.resize &&
+        (options.size.width != picture.width || options.size.height != picture.height))
+        picture.zoom(options.size.width, options.size.height, nullptr);
+    if (options.emboss == Emboss::Light) {
+        picture.emboss(static_cast<float>(options.light[0] * kPi / 180.0),
+                       static_cast<float>(options.light[1] * kPi / 180.0), options.relief, nullptr);
+    } else if (options.emboss == Emboss::Flow) {
+        picture.emboss(field, nullptr);
+    }
+    colour(picture);
+    drawOverlays(options, picture);
+}
+
+void PostProcessor::adjustContrast(VelkImage& picture) {
+    switch (options.contrast) {
+        case Contrast::Auto:
+            picture.autoAdjust(options.adjust[0], options.adjust[1], nullptr);
+            break;
+        case Contrast::Brighten:
+            picture.brighten(options.window[0], options.window[1], nullptr);
+            break;
+        case Contrast::None:
+            break;
+    }
+}
+
+void PostProcessor::blur(VelkImage& picture) {
+    if (options.blur == 0) return;
+    if (picture.nChannels == 1) {
+        picture.gaussBlur(options.blur, nullptr);
+        return;
+    }
+    // The filters work on one channel: blur the three separately.
+    VelkImage bands[3];
+    for (int c = 0; c < 3; c++) {
+        picture.oneband(c, &bands[c]);
+        bands[c].gaussBlur(options.blur, nullptr);
+    }
+    picture.glue(bands[0], bands[1], bands[2]);
+}
+
+void PostProcessor::colour(VelkImage& picture) {
+    if (options.colouring == Colouring::None) return;
+    if (picture.nChannels == 3) picture.colorToGrey(nullptr);
+    if (colourLayer.width != picture.width || colourLayer.height != picture.height)
+        prepareColourLayer(picture.width, picture.height);
+    // The hue comes from the colour layer, the lightness from the LIC.
+    picture.mix(colourLayer, nullptr);
+}
+
+void PostProcessor::prepareColourLayer(int width, int height) {
+    colourLayer.setSize(width, height, 3);
+    colourLayer.clear(0);
+    switch (options.colouring) {
+        case Colouring::Direction:
+            field.vecToColor(colourLayer, 0);
+            break;
+        case Colouring::Magnitude: {
+            VelkScalarField magnitude;
+            magnitude.setSize(width, height);
+            field.magnitude(magnitude, 0);
+            float lo = options.range[0], hi = options.range[1];
+            if (!options.hasRange) magnitude.getRange(lo, hi);
+            setRange(colormap, lo, hi);
+            magnitude.pseudoColor(colormap, colourLayer, 1);
+            break;
+        }
+        case Colouring::Scalar: {
+            float lo = options.range[0], hi = options.range[1];
+            if (!options.hasRange) scalar->getRange(lo, hi);
+            setRange(colormap, lo, hi);
+            scalar->pseudoColor(colormap, colourLayer, 0);
+            break;
+        }
+        case Colouring::None:
+            break;
+    }
+    avoidHueOne(colourLayer);
+}

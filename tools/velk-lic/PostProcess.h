@@ -1,0 +1,38 @@
+#ifndef VELK_LIC_POSTPROCESS_H
+#define VELK_LIC_POSTPROCESS_H
+
+#include <memory>
+
+#include <velk/velk.h>
+
+struct Options;
+
+// The finishing steps a LIC picture goes through, in the order a user applies
+// them: contrast, blur, zoom, emboss, colouring, overlays. Everything that
+// does not change from frame to frame (colour map, scalar file, colour layer)
+// is prepared once.
+class PostProcessor {
+  public:
+    // Reads the colour map and the scalar file; throws ToolError.
+    PostProcessor(const Options& options, VelkVectorField& field);
+    ~PostProcessor();
+    PostProcessor(const PostProcessor&) = delete;
+    PostProcessor& operator=(const PostProcessor&) = delete;
+
+    // Turns the LIC picture into the finished picture, in place.
+    void apply(VelkImage& picture);
+
+  private:
+    void adjustContrast(VelkImage& picture);
+    void blur(VelkImage& picture);
+    void colour(VelkImage& picture);
+    void prepareColourLayer(int width, int height);
+
+    const Options& options;
+    VelkVectorField& field;
+    VelkColormap colormap;
+    std::unique_ptr<VelkScalarField> scalar;
+    VelkImage colourLayer;  // the hues, made once for the output size
+};
+
+#endif
