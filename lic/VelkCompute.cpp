@@ -157,10 +157,12 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     // Sizes the int arithmetic of the accumulation cannot hold leave the
     // buffers null, and compute() then fails instead of overrunning them.
     const long long n = numSubPixels;
-    const bool sizesOk = width >= 0 && height >= 0 && nChannels >= 0 &&
+    const long long pixels = static_cast<long long>(width) * height;
+    const bool sizesOk = width >= 0 && height >= 0 && nChannels >= 0 && pixels < INT_MAX &&
                          n * width <= kMaxSubCoordinate && n * height <= kMaxSubCoordinate &&
                          n * n + nChannels <= INT_MAX &&
-                         (input->data != nullptr || static_cast<long long>(width) * height == 0);
+                         (2LL * nTotal + 1) * nChannels <= INT_MAX &&
+                         (input->data != nullptr || pixels == 0);
     numSubCells = sizesOk ? numSubPixels * numSubPixels : 0;
     cellStride = sizesOk ? numSubCells + nChannels : 0;
     if (sizesOk) {

@@ -247,7 +247,13 @@ void VelkCompute::getPixelBilinearN(VelkImage* image, float x, float y, int* out
 }
 
 void VelkCompute::sample(const Vec2f& seed) {
-    if (!points || nFilter < 1 || numSubPixels < 1) return;
+    // Buffers from start(), and the sub-pixel and channel counts they were sized
+    // for (setNumSubPixels only takes effect at the next start).
+    if (!points || nFilter < 1 || numSubPixels < 1 ||
+        static_cast<long long>(numSubPixels) * numSubPixels != numSubCells ||
+        input->nChannels != nChannels) {
+        return;
+    }
     const int W = field->width;
     const int H = field->height;
     // The seed needs its four nodes (mirrored at the last column and row).

@@ -103,6 +103,59 @@ TEST(Sample, ExtensionStopsAtTheFirstInvalidOutputPoint) {
     }
 }
 
+// Hands out a fixed list of points with fixed statuses, so that output points
+// can be placed where no real integrator would put them.
+class ScriptedIntegrator : public VelkIntegrator {
+  public:
+    std::vector<Vec2f> path;
+    std::vector<int> statuses;
+    std::size_t step = 0;
+    Vec2f point{0.0f, 0.0f};
+
+    void init(const Vec2f&, const Vec2f&) override { step = 0; }
+    void init(const Vec2f& p, const Vec2f& v, float) override { init(p, v); }
+    const Vec2f& next(int& s) override {
+        const std::size_t k = step < path.size() ? step : path.size() - 1;
+        point = path[k];
+        s = statuses[k];
+        step++;
+        return point;
+    }
+    const Vec2f& next(float&, int& s) override { return next(s); }
+};
+
+// Points just beyond a border wrap once onto the other side of the image;
+// points far outside count nowhere. Uniform field, one texture pixel per cell,
+// xMax = yMax = 9.999, nFilter 1, so records c+1 .. c+4 are output points.
+TEST(Sample, RecordsWrapOnceOntoTheImage) {
+    VelkVectorField field;
+    uniformField(field, 11, 1.0f, 0.0f);
+    VelkImage texture(10, 10);
+    texture.clear(80);
+    VelkCompute engine;
+    auto* ahead = new ScriptedIntegrator;
+    ahead->path = {{-0.25f, 5.5f}, {10.25f, 5.5f}, {3.5f, -0.5f}, {25.0f, 5.5f}, {1.5f, 1.5f}};
+    ahead->statuses = {0, 0, 0, 0, 1};
+    auto* behind = new ScriptedIntegrator;
+    behind->path = {{5.5f, 5.5f}};
+    behind->statuses = {1};
+    delete engine.forward;
+    delete engine.backward;
+    engine.forward = ahead;
+    engine.backward = behind;
+    engine.setFilterLength(1.0f);
+    engine.extensionLength = 4.0f;
+    engine.start(&field, &texture);
+    engine.sample(Vec2f{6.5f, 5.5f});
+    // Seed 56; -0.25 -> 9.749 (59); 10.25 -> 0.251 (50); y -0.5 -> 9.499 (93).
+    for (int p = 0; p < 100; p++) {
+        const bool hit = p == 56 || p == 59 || p == 50 || p == 93;
+        EXPECT_EQ(engine.accum[2 * p], hit ? 1 : 0) << "pixel " << p;
+        EXPECT_EQ(engine.accum[2 * p + 1], hit ? 80 : 0) << "pixel " << p;
+    }
+    engine.stop();
+}
+
 TEST(Sample, ZeroOrInvalidSeedsTraceNothing) {
     VelkVectorField field;
     field.setSize(9, 9);
@@ -117,6 +170,10 @@ TEST(Sample, ZeroOrInvalidSeedsTraceNothing) {
          {Vec2f{4.0f, 4.0f}, Vec2f{nan, 1.0f}, Vec2f{-1.0f, 2.0f}, Vec2f{2.0f, 8.5f}}) {
         engine.sample(seed);
     }
+    // Sub-pixels changed after start(): the cells were not sized for them.
+    engine.setNumSubPixels(3);
+    engine.sample(Vec2f{1.5f, 1.5f});
+    engine.setNumSubPixels(1);
     EXPECT_EQ(engine.numFieldLines, 0);
     for (int i = 0; i < (16 * 16 + 1) * engine.cellStride; i++) ASSERT_EQ(engine.accum[i], 0);
     // The last node row and column are valid seeds (their neighbours are mirrored).
