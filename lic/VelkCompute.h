@@ -101,7 +101,8 @@ class VELK_EXPORT VelkCompute {
     // (size and channels of `input`). `mask` (field-sized, one channel) and
     // `seedMap` are optional: seedMap receives per pixel the mask value at the
     // last seed placed in it. Returns 1, or 0 when the mask size differs from the
-    // field's (nothing touched) or the buffers cannot be allocated.
+    // field's (nothing touched) or the buffers cannot be had (sizes beyond the
+    // int arithmetic, allocation failure; reported with velk_error).
     int compute(VelkVectorField* field, VelkImage* input, VelkImage* output,
                 VelkImage* mask = nullptr, VelkImage* seedMap = nullptr);
     // Set-up and tear-down around one computation (compute() calls them).
@@ -109,11 +110,15 @@ class VELK_EXPORT VelkCompute {
     void stop();
     // Traces and convolves the line through `seed` (field coordinates) and
     // accumulates its samples. Needs start(); does nothing when the field value
-    // at the seed is zero or not a number.
+    // at the seed is zero or not a number, or the seed lies outside the field.
     void sample(const Vec2f& seed);
     // Sets nExtension from the histogram in zaehlrohr, which it clears.
     void evalZaehlrohr();
 
+    // Periodic texture lookups at texture pixel coordinates (period width - 1 and
+    // height - 1, rows at bytesPerLine): one int to `out` for the 1-variants,
+    // nChannels ints otherwise; zeros where nothing can be wrapped (an image
+    // narrower or lower than 2 pixels, a coordinate that is not finite).
     static void getPixelConstN(VelkImage* image, float x, float y, int* out);
     static void getPixelConst1(VelkImage* image, float x, float y, int* out);
     static void getPixelBilinearN(VelkImage* image, float x, float y, int* out);
