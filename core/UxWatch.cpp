@@ -34,6 +34,10 @@ void UxWatch::stop() {
     startCpu = cpu;
 }
 
-double UxWatch::elapsed() const { return ticksToSeconds(accumulatedReal); }
+double UxWatch::elapsed() const {
+    return ticksToSeconds(accumulatedReal);
+}
 
-double UxWatch::cpu() const { return ticksToSeconds(accumulatedCpu); }
+double UxWatch::cpu() const {
+    return ticksToSeconds(accumulatedCpu);
+}

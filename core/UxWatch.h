@@ -6,7 +6,7 @@
 // Stopwatch of the host's support library, provided here so that velk runs
 // without a host. Times are taken with times(2) in clock ticks.
 class VELK_EXPORT UxWatch {
-public:
+  public:
     UxWatch();
     // Zeroes the accumulated times and takes the start time.
     void start();
@@ -17,7 +17,7 @@ public:
     // Accumulated user and system CPU time in seconds.
     double cpu() const;
 
-private:
+  private:
     long startReal;
     long startCpu;
     long accumulatedReal;

@@ -12,7 +12,7 @@ class VelkVectorField;
 // Operations with a trailing `VelkImage* dst` write into `dst` when it is
 // non-null and into this image when it is null.
 class VELK_EXPORT VelkImage {
-public:
+  public:
     unsigned char* ownedData;  // null when empty or borrowing
     unsigned char* data;       // first byte of row 0
     int width;

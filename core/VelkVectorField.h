@@ -13,7 +13,7 @@ class VelkScalarField;
 // Operations with a trailing `VelkVectorField* dst` write into `dst` when it is
 // non-null and into this field when it is null.
 class VELK_EXPORT VelkVectorField {
-public:
+  public:
     float* ownedData;  // null when empty or borrowing
     float* data;       // 2 floats per node
     int width;

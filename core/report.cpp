@@ -7,7 +7,9 @@
 
 namespace {
 
-void default_handler(const char* message) { std::fprintf(stderr, "%s\n", message); }
+void default_handler(const char* message) {
+    std::fprintf(stderr, "%s\n", message);
+}
 
 constexpr std::size_t kMessageSize = 4096;
 

@@ -2,6 +2,10 @@
 
 #include <cstdlib>
 
-void* uxmalloc(std::size_t size) { return std::malloc(size); }
+void* uxmalloc(std::size_t size) {
+    return std::malloc(size);
+}
 
-void uxfree(void* p) { std::free(p); }
+void uxfree(void* p) {
+    std::free(p);
+}

@@ -11,4 +11,6 @@ const char kBuildInfo[] = VELK_BUILDINFO_MARKER "\0" VELK_BUILDINFO_RECORD;
 
 }  // namespace
 
-const char* kovrapackage_velk(void) { return kBuildInfo + std::strlen(kBuildInfo) + 1; }
+const char* kovrapackage_velk(void) {
+    return kBuildInfo + std::strlen(kBuildInfo) + 1;
+}

@@ -3,29 +3,29 @@
 
 // The whole public interface of velk.
 
-#include "Vec2f.h"
-#include "report.h"
 #include "UxWatch.h"
+#include "Vec2f.h"
 #include "VelkImage.h"
 #include "VelkVectorField.h"
+#include "report.h"
 
-#include "VelkIntegrator.h"
-#include "FixedIntegrator.h"
-#include "Euler.h"
-#include "Midpoint.h"
 #include "AdaptiveIntegrator.h"
+#include "Euler.h"
+#include "FixedIntegrator.h"
+#include "Midpoint.h"
 #include "RK43.h"
 #include "RKCK.h"
 #include "RKDP.h"
+#include "VelkIntegrator.h"
 
 #include "UxSobol.h"
 #include "VelkCompute.h"
 
-#include "colorspace.h"
-#include "byteorder.h"
-#include "VelkScanConvert.h"
 #include "VelkColormap.h"
 #include "VelkScalarField.h"
+#include "VelkScanConvert.h"
+#include "byteorder.h"
+#include "colorspace.h"
 
 #include "fastconv.h"
 

@@ -121,7 +121,7 @@ TEST(ImageFill, CreateRandomWithSeedZeroContinuesAndEmptyImageDrawsNothing) {
 }
 
 class ImageSampling : public testing::Test {
-protected:
+  protected:
     // 4 x 3 ramp: value = 10 * x + 100 * y.
     void SetUp() override {
         for (int y = 0; y < 3; y++)

@@ -22,8 +22,12 @@ int gSavedVerbosity;
 VelkMessageHandler gSavedInfo;
 VelkMessageHandler gSavedError;
 
-void collectInfo(const char* message) { gInfos.push_back(message); }
-void collectError(const char* message) { gErrors.push_back(message); }
+void collectInfo(const char* message) {
+    gInfos.push_back(message);
+}
+void collectError(const char* message) {
+    gErrors.push_back(message);
+}
 
 void removeTree(const std::string& path) {
     if (DIR* dir = opendir(path.c_str())) {
@@ -62,8 +66,12 @@ MessageCapture::~MessageCapture() {
     velk_error_handler = gSavedError;
 }
 
-const std::vector<std::string>& MessageCapture::infos() const { return gInfos; }
-const std::vector<std::string>& MessageCapture::errors() const { return gErrors; }
+const std::vector<std::string>& MessageCapture::infos() const {
+    return gInfos;
+}
+const std::vector<std::string>& MessageCapture::errors() const {
+    return gErrors;
+}
 
 std::string MessageCapture::errorText() const {
     std::string text;
@@ -80,9 +88,13 @@ TempDir::TempDir() {
     root = buffer.data();
 }
 
-TempDir::~TempDir() { removeTree(root); }
+TempDir::~TempDir() {
+    removeTree(root);
+}
 
-std::string TempDir::path(const std::string& name) const { return root + "/" + name; }
+std::string TempDir::path(const std::string& name) const {
+    return root + "/" + name;
+}
 
 std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

@@ -9,7 +9,7 @@ namespace velktest {
 // Collects every message the library reports while it lives, and restores the
 // previous handlers and verbosity afterwards.
 class MessageCapture {
-public:
+  public:
     explicit MessageCapture(int verbosity = 0);
     ~MessageCapture();
     MessageCapture(const MessageCapture&) = delete;
@@ -23,7 +23,7 @@ public:
 
 // A fresh, empty directory for one test, removed with its contents afterwards.
 class TempDir {
-public:
+  public:
     TempDir();
     ~TempDir();
     TempDir(const TempDir&) = delete;
@@ -31,7 +31,7 @@ public:
 
     std::string path(const std::string& name) const;
 
-private:
+  private:
     std::string root;
 };
 
