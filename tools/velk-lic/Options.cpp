@@ -171,13 +171,13 @@ std::vector<OptionGroup> optionTable(Options& o, bool& help, bool& version) {
                       bad("brusselator", "the domain extents XR and YR must be positive");
               }},
              {"field-file", 0, "FILE", "read a \"VELK VECTOR\" field file (ASCII or binary)",
-              nullptr,
+              "none",
               [&o](const std::string& v) {
                   o.field = FieldSource::File;
                   o.fieldPath = v;
               }},
              {"ucd", 0, "FILE", "resample a UCD triangle mesh (x y vx vy per node) onto --grid",
-              nullptr,
+              "none",
               [&o](const std::string& v) {
                   o.field = FieldSource::Ucd;
                   o.fieldPath = v;
@@ -190,12 +190,12 @@ std::vector<OptionGroup> optionTable(Options& o, bool& help, bool& version) {
                       bad("bbox", "needs XMIN < XMAX and YMIN < YMAX");
                   o.hasBbox = true;
               }},
-             {"image-field", 0, "FILE", "the rotated gradient of a picture (PNM or PNG)", nullptr,
+             {"image-field", 0, "FILE", "the rotated gradient of a picture (PNM or PNG)", "none",
               [&o](const std::string& v) {
                   o.field = FieldSource::Image;
                   o.fieldPath = v;
               }},
-             {"scalar-field", 0, "FILE", "the rotated gradient of a \"VELK SCALAR\" file", nullptr,
+             {"scalar-field", 0, "FILE", "the rotated gradient of a \"VELK SCALAR\" file", "none",
               [&o](const std::string& v) {
                   o.field = FieldSource::Scalar;
                   o.fieldPath = v;
@@ -220,7 +220,7 @@ std::vector<OptionGroup> optionTable(Options& o, bool& help, bool& version) {
                   o.noiseSize = parseSize("noise-size", v, 2, kMaxPictureSide);
               }},
              {"texture", 0, "FILE",
-              "convolve a picture (PNM or PNG) instead of noise; its size is the LIC size", nullptr,
+              "convolve a picture (PNM or PNG) instead of noise; its size is the LIC size", "none",
               [&o](const std::string& v) { o.texturePath = v; }},
          }},
         {"LIC engine",
@@ -274,7 +274,7 @@ std::vector<OptionGroup> optionTable(Options& o, bool& help, bool& version) {
                   o.contrast = Contrast::Auto;
               }},
              {"brighten", 0, "LO,HI", "contrast: map the grey values LO..HI onto 0..255 instead",
-              nullptr,
+              "off",
               [&o](const std::string& v) {
                   std::vector<std::string> parts = split(v, ',');
                   if (parts.size() != 2) bad("brighten", "expected LO,HI, got '" + v + "'");
@@ -283,7 +283,7 @@ std::vector<OptionGroup> optionTable(Options& o, bool& help, bool& version) {
                   if (o.window[0] >= o.window[1]) bad("brighten", "needs LO < HI");
                   o.contrast = Contrast::Brighten;
               }},
-             {"no-adjust", 0, nullptr, "keep the LIC values as computed", nullptr,
+             {"no-adjust", 0, nullptr, "keep the LIC values as computed", "off",
               [&o](const std::string&) { o.contrast = Contrast::None; }},
              {"blur", 0, "N", "Gaussian blur with a deviation of N pixels, 1 to 9; 0 is none", "0",
               [&o](const std::string& v) { o.blur = parseInt("blur", v, 0, 9); }},
@@ -311,7 +311,7 @@ std::vector<OptionGroup> optionTable(Options& o, bool& help, bool& version) {
                   o.colouring = static_cast<Colouring>(
                       parseChoice("color", v, {"none", "direction", "magnitude", "scalar"}));
               }},
-             {"color-scalar", 0, "FILE", "\"VELK SCALAR\" file that --color scalar shows", nullptr,
+             {"color-scalar", 0, "FILE", "\"VELK SCALAR\" file that --color scalar shows", "none",
               [&o](const std::string& v) { o.colourScalarPath = v; }},
              {"colormap", 0, "NAME",
               "colour map of --color magnitude/scalar: hue, hot, bwr, grey, or an icol file", "hue",
