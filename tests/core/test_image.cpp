@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "periodic.h"
 #include "velk/velk.h"
 
 TEST(ImageOwnership, PaddedCallerBufferIsCopiedCompactlyAndNeverFreed) {
@@ -163,4 +164,29 @@ TEST(ImageSamplingSmall, TwoByTwoWrapsEverythingIntoTheFirstCell) {
     EXPECT_EQ(image.interpConst(1.5f, 1.5f), 10);
     EXPECT_EQ(image.interp(0.5f, 0.5f), 25);
     EXPECT_EQ(image.interp(1.5f, 0.5f), 25);
+}
+
+TEST(PeriodicWrap, MatchesRepeatedStepsForWholePeriods) {
+    // The wrap takes a shortcut for far-out values; it must round exactly as the
+    // plain loop does.
+    srand48(11);
+    for (float period : {1.0f, 2.0f, 31.0f, 95.0f, 1023.0f}) {
+        for (int k = 0; k < 2000; k++) {
+            float v = static_cast<float>((drand48() - 0.5) * 200.0 * period);
+            if (k % 3 == 0) v = std::nextafter(std::floor(v / period) * period, 0.0f);
+            float loop = v;
+            while (loop < 0.0f) loop += period;
+            while (loop >= period) loop -= period;
+            float wrapped = v;
+            ASSERT_TRUE(velk::wrapPeriodic(wrapped, period));
+            ASSERT_EQ(wrapped, loop) << "v = " << v << ", period = " << period;
+        }
+    }
+    float tiny = -1e-8f;
+    ASSERT_TRUE(velk::wrapPeriodic(tiny, 31.0f));
+    EXPECT_EQ(tiny, 0.0f);  // -1e-8 + 31 rounds to 31, which wraps to 0
+    float far = 1e30f;
+    EXPECT_TRUE(velk::wrapPeriodic(far, 7.0f));
+    EXPECT_GE(far, 0.0f);
+    EXPECT_LT(far, 7.0f);
 }
