@@ -385,13 +385,13 @@ void printHelp(const std::vector<OptionGroup>& groups) {
         "Values are given as `--name VALUE` or `--name=VALUE`.\n");
     for (const OptionGroup& group : groups) {
         std::printf("\n%s:\n", group.title);
-        for (const OptionSpec& spec : group.options) {
+        for (const OptionSpec& option : group.options) {
             std::string head = "  ";
-            head += spec.letter ? std::string("-") + spec.letter + ", " : "    ";
-            head += "--" + std::string(spec.name);
-            if (spec.arg) head += " " + std::string(spec.arg);
-            std::string text = spec.help;
-            if (spec.byDefault) text += " (default: " + std::string(spec.byDefault) + ")";
+            head += option.letter ? std::string("-") + option.letter + ", " : "    ";
+            head += "--" + std::string(option.name);
+            if (option.arg) head += " " + std::string(option.arg);
+            std::string text = option.help;
+            if (option.byDefault) text += " (default: " + std::string(option.byDefault) + ")";
             printWrapped(head, text);
         }
     }
@@ -465,14 +465,14 @@ bool parseOptions(int argc, char** argv, Options& options) {
 
     auto find = [&groups](auto match) -> const OptionSpec* {
         for (const OptionGroup& group : groups)
-            for (const OptionSpec& spec : group.options)
-                if (match(spec)) return &spec;
+            for (const OptionSpec& option : group.options)
+                if (match(option)) return &option;
         return nullptr;
     };
 
     for (int i = 1; i < argc; i++) {
         std::string arg = argv[i];
-        const OptionSpec* spec = nullptr;
+        const OptionSpec* option = nullptr;
         std::string value;
         bool inlineValue = false;
         if (arg.size() > 2 && arg.compare(0, 2, "--") == 0) {
@@ -483,12 +483,12 @@ bool parseOptions(int argc, char** argv, Options& options) {
                 name.resize(eq);
                 inlineValue = true;
             }
-            spec = find([&name](const OptionSpec& s) { return name == s.name; });
+            option = find([&name](const OptionSpec& s) { return name == s.name; });
         } else if (arg.size() >= 2 && arg[0] == '-' && arg[1] != '-') {
             char letter = arg[1];
-            spec = find([letter](const OptionSpec& s) { return s.letter == letter; });
-            if (spec && arg.size() > 2) {
-                if (!spec->arg) spec = nullptr;  // no bundled switches
+            option = find([letter](const OptionSpec& s) { return s.letter == letter; });
+            if (option && arg.size() > 2) {
+                if (!option->arg) option = nullptr;  // no bundled switches
                 value = arg.substr(2);
                 inlineValue = true;
             }
@@ -496,19 +496,19 @@ bool parseOptions(int argc, char** argv, Options& options) {
             throw UsageError("unexpected argument '" + arg +
                              "' (the output file is given with -o; see --help)");
         }
-        if (!spec) throw UsageError("unknown option '" + arg + "' (see --help)");
+        if (!option) throw UsageError("unknown option '" + arg + "' (see --help)");
 
-        if (spec->arg && !inlineValue) {
+        if (option->arg && !inlineValue) {
             if (i + 1 >= argc)
-                throw UsageError("option --" + std::string(spec->name) + " needs a value (" +
-                                 spec->arg + ")");
+                throw UsageError("option --" + std::string(option->name) + " needs a value (" +
+                                 option->arg + ")");
             value = argv[++i];
-        } else if (!spec->arg && inlineValue) {
-            throw UsageError("option --" + std::string(spec->name) + " takes no value");
+        } else if (!option->arg && inlineValue) {
+            throw UsageError("option --" + std::string(option->name) + " takes no value");
         }
-        if (!given.insert(spec->name).second && spec->arg)
-            throw UsageError("option --" + std::string(spec->name) + " is given twice");
-        spec->apply(value);
+        if (!given.insert(option->name).second && option->arg)
+            throw UsageError("option --" + std::string(option->name) + " is given twice");
+        option->apply(value);
     }
 
     if (help) {
