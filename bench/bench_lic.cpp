@@ -1,45 +1,212 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <vector>
+
+#include "classic_lic.h"
 #include "velk/velk.h"
+
+// The LIC engine on a noise texture over a circular field. With the environment
+// variable VELK_BENCH_SMOKE set, every image is 16 times smaller each way, so
+// that a smoke run of all cases takes seconds.
 
 namespace {
 
-// Arguments: filter length, sub-pixels, seeding mode, integrator (0 RK43, 1 useEuler).
-void BM_LicCircle(benchmark::State& state) {
-    const int size = 1024;
-    VelkVectorField field(256, 256, nullptr);
-    field.setCircle(0.0f);
-    VelkImage texture(size, size);
-    texture.createRandom(0, 1);
-    VelkImage output;
-    VelkCompute engine;
-    engine.setNormalization(0.0f);
-    engine.setFilterLength(static_cast<float>(state.range(0)));
-    engine.setNumSubPixels(static_cast<int>(state.range(1)));
-    engine.seedingMode = static_cast<int>(state.range(2));
-    if (state.range(3) == 1) engine.useEuler();
-    for (auto _ : state) {
-        engine.compute(&field, &texture, &output, nullptr, nullptr);
-        benchmark::DoNotOptimize(output.data);
+bool smokeRun() {
+    static const bool smoke = std::getenv("VELK_BENCH_SMOKE") != nullptr;
+    return smoke;
+}
+
+int imageSize(long long size) {
+    return static_cast<int>(smokeRun() ? std::max(64LL, size / 16) : size);
+}
+
+double processSeconds() {
+    timespec t;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
+}
+
+struct Scene {
+    VelkVectorField field;
+    VelkImage texture;
+
+    Scene(int size, int channels) : field(256, 256, nullptr), texture(size, size, channels) {
+        field.setCircle(0.0f);
+        texture.createRandom(0, 1);
     }
+};
+
+void reportPixels(benchmark::State& state, int size) {
+    const double pixels = static_cast<double>(size) * size;
+    state.counters["Mpx/s"] =
+        benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["time/px"] = benchmark::Counter(
+        pixels, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+void reportLines(benchmark::State& state, const VelkCompute& engine, int size) {
     state.counters["lines"] = engine.numFieldLines;
     state.counters["hits/px"] =
         static_cast<double>(engine.totalHits) / (static_cast<double>(size) * size);
 }
 
+// The engine as the classic baseline is set up: midpoint rule, box kernel.
+void configureLikeClassic(VelkCompute& engine, int L) {
+    engine.setNormalization(0.0f);
+    engine.useEuler();
+    engine.setFilterKernel(VelkCompute::BOX);
+    engine.setFilterLength(static_cast<float>(L));
+}
+
 }  // namespace
 
-BENCHMARK(BM_LicCircle)
-    ->ArgNames({"L", "sub", "seeding", "euler"})
-    ->Args({20, 1, 1, 0})
-    ->Args({10, 1, 1, 0})
-    ->Args({40, 1, 1, 0})
-    ->Args({80, 1, 1, 0})
-    ->Args({20, 2, 1, 0})
-    ->Args({20, 3, 1, 0})
-    ->Args({20, 1, 0, 0})
-    ->Args({20, 1, 2, 0})
-    ->Args({20, 1, 1, 1})
+// 1. The engine (midpoint rule, box kernel, one sub-pixel) on 1024 x 1024 for
+// L = 10, 20, 40, 80 ...
+static void BM_LicEngineBox(benchmark::State& state) {
+    const int size = imageSize(1024);
+    Scene scene(size, 1);
+    VelkImage output;
+    VelkCompute engine;
+    configureLikeClassic(engine, static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        engine.compute(&scene.field, &scene.texture, &output);
+        benchmark::DoNotOptimize(output.data);
+    }
+    reportPixels(state, size);
+    reportLines(state, engine, size);
+}
+BENCHMARK(BM_LicEngineBox)
+    ->ArgName("L")
+    ->Arg(10)
+    ->Arg(20)
+    ->Arg(40)
+    ->Arg(80)
     ->Unit(benchmark::kMillisecond)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime();
+    ->MeasureProcessCPUTime();
+
+// ... against the classic baseline on the same texture and field. Counters:
+// the engine's time for the same image (median of three runs), the speed-up
+// classic/engine, and how far the two images lie apart (mean absolute
+// difference in grey levels and PSNR in dB).
+static void BM_LicClassic(benchmark::State& state) {
+    const int size = imageSize(1024);
+    const int L = static_cast<int>(state.range(0));
+    Scene scene(size, 1);
+    VelkImage engineOutput, classicOutput;
+    VelkCompute engine;
+    configureLikeClassic(engine, L);
+    std::vector<double> engineTimes;
+    for (int run = 0; run < 3; run++) {
+        const double t0 = processSeconds();
+        engine.compute(&scene.field, &scene.texture, &engineOutput);
+        engineTimes.push_back(processSeconds() - t0);
+    }
+    std::sort(engineTimes.begin(), engineTimes.end());
+
+    const double t0 = processSeconds();
+    for (auto _ : state) {
+        classicLic(scene.field, scene.texture, L, engine.stepSize, classicOutput);
+        benchmark::DoNotOptimize(classicOutput.data);
+    }
+    const double classicTime = (processSeconds() - t0) / static_cast<double>(state.iterations());
+
+    double absolute = 0.0, squared = 0.0;
+    const std::size_t pixels = static_cast<std::size_t>(size) * size;
+    for (std::size_t i = 0; i < pixels; i++) {
+        const double d = static_cast<double>(engineOutput.data[i]) - classicOutput.data[i];
+        absolute += std::fabs(d);
+        squared += d * d;
+    }
+    const double mse = squared / static_cast<double>(pixels);
+    reportPixels(state, size);
+    state.counters["engine ms"] = 1e3 * engineTimes[1];
+    state.counters["classic/engine"] = classicTime / engineTimes[1];
+    state.counters["MAD"] = absolute / static_cast<double>(pixels);
+    state.counters["PSNR dB"] = 10.0 * std::log10(255.0 * 255.0 / mse);
+}
+BENCHMARK(BM_LicClassic)
+    ->ArgName("L")
+    ->Arg(10)
+    ->Arg(20)
+    ->Arg(40)
+    ->Arg(80)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
+
+// 2. The engine with its defaults (RK43, triangle kernel, L = 20): image sizes
+// 256 to 4096 (time per pixel should stay flat), and at 1024 the filter lengths
+// 10 to 80 (the records grow 1.77 times from L = 10 to 80, the kernel adds nothing).
+static void BM_LicDefaults(benchmark::State& state) {
+    const int size = imageSize(state.range(0));
+    Scene scene(size, 1);
+    VelkImage output;
+    VelkCompute engine;
+    engine.setNormalization(0.0f);
+    engine.setFilterLength(static_cast<float>(state.range(1)));
+    for (auto _ : state) {
+        engine.compute(&scene.field, &scene.texture, &output);
+        benchmark::DoNotOptimize(output.data);
+    }
+    reportPixels(state, size);
+    reportLines(state, engine, size);
+}
+BENCHMARK(BM_LicDefaults)
+    ->ArgNames({"size", "L"})
+    ->Args({256, 20})
+    ->Args({512, 20})
+    ->Args({1024, 20})
+    ->Args({2048, 20})
+    ->Args({4096, 20})
+    ->Args({1024, 10})
+    ->Args({1024, 40})
+    ->Args({1024, 80})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
+
+// 3. Each kernel (0 box, 1 triangle, 2 cubic) with 1, 2 and 3 sub-pixels, on
+// grey and RGB textures of 1024 x 1024; RK43, L = 20.
+static void BM_LicSettings(benchmark::State& state) {
+    const int size = imageSize(1024);
+    Scene scene(size, static_cast<int>(state.range(2)));
+    VelkImage output;
+    VelkCompute engine;
+    engine.setNormalization(0.0f);
+    engine.setFilterKernel(static_cast<VelkCompute::FilterKernel>(state.range(0)));
+    engine.setNumSubPixels(static_cast<int>(state.range(1)));
+    for (auto _ : state) {
+        engine.compute(&scene.field, &scene.texture, &output);
+        benchmark::DoNotOptimize(output.data);
+    }
+    reportPixels(state, size);
+    reportLines(state, engine, size);
+}
+BENCHMARK(BM_LicSettings)
+    ->ArgNames({"kernel", "sub", "channels"})
+    ->ArgsProduct({{0, 1, 2}, {1, 2, 3}, {1, 3}})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
+
+// The seeding orders (0 scan, 1 offset pattern, 2 Sobol) with the defaults.
+static void BM_LicSeeding(benchmark::State& state) {
+    const int size = imageSize(1024);
+    Scene scene(size, 1);
+    VelkImage output;
+    VelkCompute engine;
+    engine.setNormalization(0.0f);
+    engine.seedingMode = static_cast<int>(state.range(0));
+    for (auto _ : state) {
+        engine.compute(&scene.field, &scene.texture, &output);
+        benchmark::DoNotOptimize(output.data);
+    }
+    reportPixels(state, size);
+    reportLines(state, engine, size);
+}
+BENCHMARK(BM_LicSeeding)
+    ->ArgName("seeding")
+    ->DenseRange(0, 2)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
