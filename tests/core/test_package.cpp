@@ -6,22 +6,14 @@
 
 #include "velk/velk.h"
 
-namespace {
-
-std::map<std::string, std::string> parseRecord(const std::string& record) {
-    std::map<std::string, std::string> keys;
-    std::stringstream in(record);
-    std::string key, value;
-    while (std::getline(in, key, '|') && std::getline(in, value, '|')) keys[key] = value;
-    return keys;
-}
-
-}  // namespace
-
-TEST(Package, BuildRecordHoldsAllSixteenKeys) {
+TEST(Package, BuildRecordFollowsTheMarkerWithAllSixteenKeys) {
     const char* record = kovrapackage_velk();
     ASSERT_NE(record, nullptr);
-    auto keys = parseRecord(record);
+    std::map<std::string, std::string> keys;
+    std::stringstream in(record);
+    for (std::string key, value; std::getline(in, key, '|') && std::getline(in, value, '|');) {
+        keys[key] = value;
+    }
     for (const char* key :
          {"version_tag", "comment", "compiler", "target_os", "build_cfg", "build_user", "build_ip",
           "build_time", "filename", "path", "size", "vendor", "product", "version_major",
@@ -33,10 +25,6 @@ TEST(Package, BuildRecordHoldsAllSixteenKeys) {
     EXPECT_EQ(keys["version_tag"],
               keys["version_major"] + "." + keys["version_minor"] + "." + keys["version_patch"]);
     EXPECT_FALSE(keys["compiler"].empty());
-}
-
-TEST(Package, RecordFollowsTheMarkerDirectly) {
-    const char* record = kovrapackage_velk();
     // The marker string ends with its NUL directly in front of the record.
     EXPECT_EQ(record[-1], '\0');
     const char* marker = record - 2;

@@ -12,34 +12,32 @@ namespace velktest {
 
 // A field grid owned by the test, filled node by node from f(i, j).
 struct Grid {
-    int width;
-    int height;
+    int width, height;
     std::vector<Vec2f> nodes;
 
     Grid(int w, int h, const std::function<Vec2f(int, int)>& f) : width(w), height(h) {
-        nodes.reserve(static_cast<std::size_t>(w) * h);
         for (int j = 0; j < h; j++)
             for (int i = 0; i < w; i++) nodes.push_back(f(i, j));
     }
-    Vec2f& at(int i, int j) { return nodes[static_cast<std::size_t>(j) * width + i]; }
     void attach(VelkIntegrator& it) { it.setField(width, height, nodes.data()); }
 };
 
-// Adaptive settings used unless a test says otherwise: those of the LIC engine.
-struct AdaptiveSettings {
-    float tolerance = 0.001f;
-    float initialStep = 4.0f;
-    float minStep = 0.5f;
-    float maxStep = 15.0f;
-};
+inline const char* const kAdaptiveSchemes[] = {"rk43", "rkck", "rkdp"};
+inline const char* const kAllSchemes[] = {"euler", "midpoint", "rk43", "rkck", "rkdp"};
 
-// "euler", "midpoint", "rk43", "rkck" or "rkdp".
-std::unique_ptr<VelkIntegrator> makeScheme(const std::string& name, int direction,
-                                           const AdaptiveSettings& settings = {});
-AdaptiveIntegrator* asAdaptive(VelkIntegrator* it);
+// The named scheme; the adaptive ones with the LIC engine's step limits.
+inline std::unique_ptr<VelkIntegrator> makeScheme(const std::string& name, int direction,
+                                                  float tolerance = 0.001f) {
+    if (name == "euler") return std::make_unique<Euler>(direction);
+    if (name == "midpoint") return std::make_unique<Midpoint>(direction);
+    if (name == "rk43") return std::make_unique<RK43>(tolerance, 4.0f, 0.5f, 15.0f, direction);
+    if (name == "rkck") return std::make_unique<RKCK>(tolerance, 4.0f, 0.5f, 15.0f, direction);
+    return std::make_unique<RKDP>(tolerance, 4.0f, 0.5f, 15.0f, direction);
+}
 
-extern const char* const kAdaptiveSchemes[3];
-extern const char* const kAllSchemes[5];
+inline AdaptiveIntegrator* adaptive(const std::unique_ptr<VelkIntegrator>& it) {
+    return dynamic_cast<AdaptiveIntegrator*>(it.get());
+}
 
 }  // namespace velktest
 

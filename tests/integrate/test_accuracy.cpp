@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <sstream>
+#include <string>
 
 #include "IntegrateSupport.h"
+#include "TestSupport.h"
 
 using velktest::Grid;
 
@@ -40,7 +44,7 @@ TEST(NumericalAccuracy, CircleTracedOnceRoundReturnsToItsStart) {
         for (int direction : {1, -1}) {
             SCOPED_TRACE(testing::Message() << scheme << " direction " << direction);
             auto it = velktest::makeScheme(scheme, direction);
-            AdaptiveIntegrator* a = velktest::asAdaptive(it.get());
+            AdaptiveIntegrator* a = velktest::adaptive(it);
             it->setField(65, 65, reinterpret_cast<Vec2f*>(field.data));
             it->stepSize = h;
             const Vec2f start = {static_cast<float>(32.0 + radius), 32.0f};
@@ -100,7 +104,7 @@ TEST(NumericalAccuracy, SmoothFieldStepsGrowToMaxStepAndStayOnTheStreamline) {
     for (const char* scheme : velktest::kAdaptiveSchemes) {
         SCOPED_TRACE(scheme);
         auto it = velktest::makeScheme(scheme, 1);
-        AdaptiveIntegrator* a = velktest::asAdaptive(it.get());
+        AdaptiveIntegrator* a = velktest::adaptive(it);
         grid.attach(*it);
         it->stepSize = 0.7f;
         it->init({x0, y0}, {1.0f / len, sy / len});
@@ -122,5 +126,54 @@ TEST(NumericalAccuracy, SmoothFieldStepsGrowToMaxStepAndStayOnTheStreamline) {
         EXPECT_EQ(a->stepTry, 15.0f);
         EXPECT_LT(offLine, 0.001);
         EXPECT_LT(spacing, 2e-4 * 0.7);
+    }
+}
+
+// Each file holds 60 calls of next(magnitude, status) on a 33 x 33 setCircle(0.3)
+// field with stepSize 0.7 after init((20, 12), (0, 1), 0.25), computed by an
+// independent implementation; x, y and the magnitude are hex floats, compared
+// bit for bit. The magnitude argument is preset to -1 before every call, which
+// shows where it is left unwritten.
+TEST(TraceReplay, PointStreamsMatchRecordedTracesBitForBit) {
+    const struct {
+        const char* scheme;
+        int direction;
+    } cases[] = {{"euler", -1}, {"midpoint", 1}, {"rk43", 1}, {"rkck", 1}, {"rkdp", -1}};
+    VelkVectorField field(33, 33, nullptr);
+    field.setCircle(0.3f);
+    const auto hex = [](float v) {
+        char buf[64];
+        std::snprintf(buf, sizeof buf, "%a", static_cast<double>(v));
+        return std::string(buf);
+    };
+    for (const auto& c : cases) {
+        const std::string file =
+            std::string("trace-") + c.scheme + (c.direction > 0 ? "-forward.txt" : "-backward.txt");
+        SCOPED_TRACE(file);
+        std::istringstream lines(velktest::readFile(velktest::dataPath("integrate/" + file)));
+        auto it = velktest::makeScheme(c.scheme, c.direction);
+        it->setField(33, 33, reinterpret_cast<Vec2f*>(field.data));
+        it->stepSize = 0.7f;
+        it->init({20.0f, 12.0f}, {0.0f, 1.0f}, 0.25f);
+        int calls = 0;
+        for (std::string line; std::getline(lines, line);) {
+            if (line.empty() || line[0] == '#') continue;
+            std::istringstream words(line);
+            int call, status;
+            std::string x, y, mag;
+            ASSERT_TRUE(words >> call >> x >> y >> status >> mag) << line;
+            ASSERT_EQ(call, ++calls);
+            float magnitude = -1.0f;
+            int gotStatus = -1;
+            const Vec2f& p = it->next(magnitude, gotStatus);
+            const auto exact = [&](const std::string& v) {
+                return hex(std::strtof(v.c_str(), nullptr));
+            };
+            ASSERT_EQ(
+                hex(p.x) + " " + hex(p.y) + " " + std::to_string(gotStatus) + " " + hex(magnitude),
+                exact(x) + " " + exact(y) + " " + std::to_string(status) + " " + exact(mag))
+                << "call " << call;
+        }
+        EXPECT_EQ(calls, 60);
     }
 }

@@ -1,51 +1,23 @@
 #include "TestSupport.h"
 
-#include <dirent.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 
 #include "report.h"
+
+namespace fs = std::filesystem;
 
 namespace velktest {
 
 namespace {
 
-std::vector<std::string> gInfos;
-std::vector<std::string> gErrors;
+std::vector<std::string> gInfos, gErrors;
 int gSavedVerbosity;
-VelkMessageHandler gSavedInfo;
-VelkMessageHandler gSavedError;
-
-void collectInfo(const char* message) {
-    gInfos.push_back(message);
-}
-void collectError(const char* message) {
-    gErrors.push_back(message);
-}
-
-void removeTree(const std::string& path) {
-    if (DIR* dir = opendir(path.c_str())) {
-        while (dirent* entry = readdir(dir)) {
-            std::string name = entry->d_name;
-            if (name == "." || name == "..") continue;
-            std::string child = path + "/" + name;
-            struct stat st;
-            if (lstat(child.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
-                removeTree(child);
-            } else {
-                unlink(child.c_str());
-            }
-        }
-        closedir(dir);
-    }
-    rmdir(path.c_str());
-}
+VelkMessageHandler gSavedInfo, gSavedError;
 
 }  // namespace
 
@@ -56,8 +28,8 @@ MessageCapture::MessageCapture(int verbosity) {
     gSavedInfo = velk_info_handler;
     gSavedError = velk_error_handler;
     velk_verbosity = verbosity;
-    velk_info_handler = collectInfo;
-    velk_error_handler = collectError;
+    velk_info_handler = [](const char* message) { gInfos.push_back(message); };
+    velk_error_handler = [](const char* message) { gErrors.push_back(message); };
 }
 
 MessageCapture::~MessageCapture() {
@@ -79,17 +51,13 @@ std::string MessageCapture::errorText() const {
     return text;
 }
 
-TempDir::TempDir() {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base ? base : "/tmp") + "/velk-test-XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (mkdtemp(buffer.data()) == nullptr) ADD_FAILURE() << "mkdtemp failed";
-    root = buffer.data();
+TempDir::TempDir() : root((fs::temp_directory_path() / "velk-test-XXXXXX").string()) {
+    if (mkdtemp(root.data()) == nullptr) ADD_FAILURE() << "mkdtemp failed for " << root;
 }
 
 TempDir::~TempDir() {
-    removeTree(root);
+    std::error_code ignored;
+    fs::remove_all(root, ignored);
 }
 
 std::string TempDir::path(const std::string& name) const {
@@ -102,8 +70,7 @@ std::string readFile(const std::string& path) {
 }
 
 void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream out(path, std::ios::binary);
-    out << bytes;
+    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 std::string dataPath(const std::string& name) {
@@ -112,12 +79,7 @@ std::string dataPath(const std::string& name) {
 }
 
 int openFileCount() {
-    int count = 0;
-    if (DIR* dir = opendir("/proc/self/fd")) {
-        while (readdir(dir)) count++;
-        closedir(dir);
-    }
-    return count;
+    return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
 }
 
 }  // namespace velktest
