@@ -1,7 +1,10 @@
 #include "VelkScanConvert.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
+
+#include "repeatedadd.h"
 
 namespace {
 
@@ -130,12 +133,25 @@ void VelkScanConvert::scanConvert(int n, const Vertex* v) {
         while (y < ly && y < ry) {
             // Rows only grow: nothing below the canvas can be drawn any more.
             if (y >= height) return;
-            if (y >= 0) {
-                if (l.x <= r.x) {
-                    scanline(y, l, r);
-                } else {
-                    scanline(y, r, l);
+            if (y < 0) {
+                // Rows above the canvas only advance the edges. Far-off corners put
+                // billions of them there, so they are passed in one go, with the
+                // same sums as row by row.
+                int next = std::min(std::min(ly, ry), 0);
+                long long rows = static_cast<long long>(next) - y;
+                l.x = velk::addRepeatedly(l.x, dl.x, rows);
+                r.x = velk::addRepeatedly(r.x, dr.x, rows);
+                for (int i = 0; i < nv; i++) {
+                    l.values[i] = velk::addRepeatedly(l.values[i], dl.values[i], rows);
+                    r.values[i] = velk::addRepeatedly(r.values[i], dr.values[i], rows);
                 }
+                y = next;
+                continue;
+            }
+            if (l.x <= r.x) {
+                scanline(y, l, r);
+            } else {
+                scanline(y, r, l);
             }
             l.x += dl.x;
             r.x += dr.x;
