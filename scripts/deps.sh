@@ -9,6 +9,7 @@ packages=(
     libpng-dev
     clang-format
     netpbm
+    clang libclang-rt-14-dev
 )
 
 missing=()
