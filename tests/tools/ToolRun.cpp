@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <png.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -49,6 +50,8 @@ ToolResult runTool(const std::string& dir, const std::vector<std::string>& args)
     return result;
 }
 
+namespace {
+
 bool readPng(const std::string& path, Picture& picture, std::string& error) {
     png_image png;
     std::memset(&png, 0, sizeof png);
@@ -71,13 +74,13 @@ bool readPng(const std::string& path, Picture& picture, std::string& error) {
     return true;
 }
 
-void sampleRange(const std::vector<unsigned char>& pixels, int& lo, int& hi) {
-    lo = 255;
-    hi = 0;
-    for (unsigned char v : pixels) {
-        lo = std::min(lo, static_cast<int>(v));
-        hi = std::max(hi, static_cast<int>(v));
-    }
+}  // namespace
+
+Picture png(const std::string& path) {
+    Picture picture;
+    std::string error;
+    EXPECT_TRUE(readPng(path, picture, error)) << path << ": " << error;
+    return picture;
 }
 
 std::vector<std::string> listDir(const std::string& dir) {

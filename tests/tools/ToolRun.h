@@ -16,9 +16,6 @@ struct ToolResult {
 // from there) and waits for it.
 ToolResult runTool(const std::string& dir, const std::vector<std::string>& args);
 
-// Lowest and highest sample of a picture.
-void sampleRange(const std::vector<unsigned char>& pixels, int& lo, int& hi);
-
 struct Picture {
     int width = 0;
     int height = 0;
@@ -26,8 +23,8 @@ struct Picture {
     std::vector<unsigned char> pixels;  // top row first, interleaved
 };
 
-// Reads a PNG file with libpng; false when it is no readable PNG.
-bool readPng(const std::string& path, Picture& picture, std::string& error);
+// The PNG file `path` read with libpng, with a test failure when it is none.
+Picture png(const std::string& path);
 
 // The names in a directory, sorted, without "." and "..".
 std::vector<std::string> listDir(const std::string& dir);

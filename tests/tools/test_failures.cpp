@@ -17,8 +17,15 @@ struct FailureCase {
     const char* mentions;  // the message names this
 };
 
-// One line on the standard error stream, naming the problem.
-void expectOneLine(const ToolResult& r, const char* mentions) {
+// Runs the tool in `dir`: exit status `status` and one line on the standard
+// error stream, naming the problem.
+void expectFailure(const TempDir& dir, const std::vector<std::string>& args, int status,
+                   const char* mentions) {
+    std::string trace;
+    for (const std::string& a : args) trace += a + " ";
+    SCOPED_TRACE(trace);
+    const ToolResult r = velktest::runTool(dir.path(""), args);
+    EXPECT_EQ(r.status, status);
     ASSERT_FALSE(r.err.empty());
     EXPECT_EQ(r.err.compare(0, 10, "velk-lic: "), 0) << r.err;
     EXPECT_EQ(r.err.find('\n'), r.err.size() - 1) << r.err;
@@ -68,16 +75,9 @@ TEST(ToolFailures, BadOptionsExitWithStatusTwoAndWriteNothing) {
     for (const FailureCase& c : cases) {
         std::vector<std::string> args = c.args;
         if (c.mentions != std::string("-o FILE")) args.insert(args.begin(), {"-o", "out.png"});
-        std::string trace;
-        for (const std::string& a : args) trace += a + " ";
-        SCOPED_TRACE(trace);
-        ToolResult r = velktest::runTool(dir.path(""), args);
-        EXPECT_EQ(r.status, 2);
-        expectOneLine(r, c.mentions);
+        expectFailure(dir, args, 2, c.mentions);
     }
-    ToolResult r = velktest::runTool(dir.path(""), {"-o", "out.gif"});
-    EXPECT_EQ(r.status, 2);
-    expectOneLine(r, "out.gif");
+    expectFailure(dir, {"-o", "out.gif"}, 2, "out.gif");
     EXPECT_TRUE(velktest::listDir(dir.path("")).empty());
 }
 
@@ -93,6 +93,7 @@ TEST(ToolFailures, UnreadableOrMalformedInputsFailCleanly) {
     velktest::writeFile(dir.path("bad.icol"), "1 2\n");
     velktest::writeFile(dir.path("bad.vg"), "VELK GRAPHICS\nline 1 2 3\n");
     velktest::writeFile(dir.path("bad.png"), "\x89PNG\r\n\x1a\nnot really");
+    velktest::writeFile(dir.path("mask10.pgm"), "P5\n10 10\n255\n" + std::string(100, '\xff'));
     const std::vector<std::string> inputs = velktest::listDir(dir.path(""));
 
     const std::vector<FailureCase> cases = {
@@ -112,6 +113,7 @@ TEST(ToolFailures, UnreadableOrMalformedInputsFailCleanly) {
         {{"--color", "magnitude", "--colormap", "bad.icol"}, "Illegal format"},
         {{"--color", "magnitude", "--colormap", "nosuch"}, "nosuch"},
         {{"--mask", "missing.pgm"}, "missing.pgm"},
+        {{"--grid", "16x16", "--mask", "mask10.pgm"}, "16x16"},
         {{"--overlay", "missing.vg"}, "missing.vg"},
         {{"--overlay", "bad.vg"}, "expecting 'line"},
         {{"--overlay-mesh", "bad.inp"}, "bad.inp"},
@@ -122,25 +124,15 @@ TEST(ToolFailures, UnreadableOrMalformedInputsFailCleanly) {
         args.insert(args.end(), c.args.begin(), c.args.end());
         if (c.args[0] != "--texture" && c.args[0] != "--noise-size")
             args.insert(args.end(), {"--noise-size", "20x20"});
-        std::string trace;
-        for (const std::string& a : args) trace += a + " ";
-        SCOPED_TRACE(trace);
-        ToolResult r = velktest::runTool(dir.path(""), args);
-        EXPECT_EQ(r.status, 1);
-        expectOneLine(r, c.mentions);
+        expectFailure(dir, args, 1, c.mentions);
         EXPECT_EQ(velktest::listDir(dir.path("")), inputs) << "no output, no temporary file";
     }
 }
 
 TEST(ToolFailures, AnOutputThatCannotBeCreatedFailsBeforeTheWork) {
     TempDir dir;
-    ToolResult r = velktest::runTool(dir.path(""), {"-o", "no/such/dir/out.png"});
-    EXPECT_EQ(r.status, 1);
-    expectOneLine(r, "no/such/dir/out.png");
-
+    expectFailure(dir, {"-o", "no/such/dir/out.png"}, 1, "no/such/dir/out.png");
     ASSERT_EQ(mkdir(dir.path("taken.png").c_str(), 0755), 0);
-    r = velktest::runTool(dir.path(""), {"-o", "taken.png", "--noise-size", "8x8"});
-    EXPECT_EQ(r.status, 1);
-    expectOneLine(r, "directory");
+    expectFailure(dir, {"-o", "taken.png", "--noise-size", "8x8"}, 1, "directory");
     EXPECT_EQ(velktest::listDir(dir.path("")), std::vector<std::string>{"taken.png"});
 }
