@@ -48,32 +48,24 @@ TEST(AnalyticFields, ValuesAtKnownNodes) {
     source.setCircle(static_cast<float>(M_PI / 2));  // up to the rounding of cos(pi/2)
     saddle.setSaddle();
     ident.setLinear(identity, zero);
-    linear.setLinear(m, b);
-    // Node (2, 1) is (x, y) = (2, 1): a + x^2 y - (b + 1) x = -3, b x - x^2 y = 2.
+    linear.setLinear(m, b);  // node (4, 0) is (2, -2): (0.4 - 2 + 0.1, -2 - 0.2)
+    // Node (2, 1) is (x, y) = (2, 1): a + x^2 y - (b + 1) x = -3, b x - x^2 y = 2,
+    // divided by the extents 4 and 2.
     brusselator.setBrusselator(4, 2, 1, 3);
     row.setCircle(0);  // a single row divides 0 by 0
+    const VelkVectorField* fields[] = {&circle, &source,      &saddle, &ident,
+                                       &linear, &brusselator, &row};
     const struct {
-        const VelkVectorField& field;
-        int i, j;
+        int field, i, j;
         float vx, vy;
-    } cases[] = {{circle, 0, 0, 0.5f, -0.5f},
-                 {circle, 1, 1, 0, 0},
-                 {circle, 2, 2, -0.5f, 0.5f},
-                 {source, 2, 0, 0.5f, -0.5f},
-                 {saddle, 0, 0, -1, 1},
-                 {saddle, 1, 0, 1, 1},
-                 {saddle, 0, 1, -1, -1},
-                 {saddle, 1, 1, 1, -1},
-                 {ident, 0, 0, -2, -2},
-                 {ident, 4, 4, 2, 2},
-                 {ident, 3, 1, 1, -1},
-                 {linear, 4, 0, 0.2f * 2 + 1 * -2 + 0.1f, -1 * 2 + 0.1f * -2},
-                 {brusselator, 2, 1, -3.0f / 4, 2.0f / 2},
-                 {brusselator, 0, 0, 1.0f / 4, 0},
-                 {row, 1, 0, NAN, NAN}};
+    } cases[] = {{0, 0, 0, 0.5f, -0.5f}, {0, 1, 1, 0, 0},     {0, 2, 2, -0.5f, 0.5f},
+                 {1, 2, 0, 0.5f, -0.5f}, {2, 0, 0, -1, 1},    {2, 1, 0, 1, 1},
+                 {2, 0, 1, -1, -1},      {2, 1, 1, 1, -1},    {3, 0, 0, -2, -2},
+                 {3, 4, 4, 2, 2},        {3, 3, 1, 1, -1},    {4, 4, 0, -1.5f, -2.2f},
+                 {5, 2, 1, -0.75f, 1},   {5, 0, 0, 0.25f, 0}, {6, 1, 0, NAN, NAN}};
     for (const auto& c : cases) {
-        const float* p = c.field.data + 2 * (c.j * c.field.width + c.i);
-        SCOPED_TRACE(testing::Message() << "node " << c.i << ", " << c.j);
+        const float* p = fields[c.field]->data + 2 * (c.j * fields[c.field]->width + c.i);
+        SCOPED_TRACE(testing::Message() << "field " << c.field << " node " << c.i << ", " << c.j);
         for (int k : {0, 1}) {
             const float want = k == 0 ? c.vx : c.vy;
             EXPECT_TRUE(std::isnan(want) ? std::isnan(p[k]) : std::fabs(p[k] - want) < 1e-6f)

@@ -12,7 +12,7 @@
 using gfxtest::blank;
 using gfxtest::picture;
 
-TEST(Graphics, PenColourAndGreyReachEveryKindOfImage) {
+TEST(Graphics, PenColourOnRgbAndGreyOnGreyImages) {
     const struct {
         int r, g, b;
         int red, green, blue, grey;
@@ -26,16 +26,14 @@ TEST(Graphics, PenColourAndGreyReachEveryKindOfImage) {
         SCOPED_TRACE(c.r);
         VelkGraphics g;
         g.setColor(c.r, c.g, c.b);
-        VelkImage rgb = blank(2, 1, 3), two = blank(2, 1, 2);
+        VelkImage rgb = blank(2, 1, 3);
         unsigned char buffer[12] = {};
         VelkImage padded(3, 2, 1, 6, buffer);  // rows 6 bytes apart; the padding stays
         g.drawPixel(rgb, 1, 0);
-        g.drawPixel(two, 1, 0);
         g.drawLine(padded, 0, 1, 2, 1);
         const int k = c.grey;
         EXPECT_EQ(std::vector<int>(rgb.data, rgb.data + 6),
                   (std::vector<int>{0, 0, 0, c.red, c.green, c.blue}));
-        EXPECT_EQ(std::vector<int>(two.data, two.data + 4), (std::vector<int>{0, 0, k, k}));
         EXPECT_EQ(std::vector<int>(buffer, buffer + 12),
                   (std::vector<int>{0, 0, 0, 0, 0, 0, k, k, k, 0, 0, 0}));
     }

@@ -21,9 +21,10 @@ struct Drawn {
     int channels;
 };
 
-// Draws the file at `path` onto `image` with a white pen, through drawFile or
-// drawUCD, and checks that no file is left open.
-Drawn draw(const std::string& path, VelkImage image, bool ucd = false) {
+// Draws the file at `path` onto `image` with a white pen, through drawUCD for
+// a ".inp" file and drawFile otherwise, and checks that no file is left open.
+Drawn draw(const std::string& path, VelkImage image) {
+    const bool ucd = path.size() > 4 && path.compare(path.size() - 4, 4, ".inp") == 0;
     VelkGraphics g = gfxtest::whitePen();
     velktest::MessageCapture capture;
     const int files = velktest::openFileCount();
@@ -122,7 +123,8 @@ TEST(CommandFile, ColourPromotesAGreyImage) {
     EXPECT_EQ(g.grey, 77);  // the pen stays with the object
 }
 
-TEST(CommandFile, BadFilesReplayed) {
+// Command files and UCD meshes that are wrong in the way their names say.
+TEST(DrawFiles, BadFilesReplayed) {
     const struct {
         const char* file;
         int result;
@@ -156,6 +158,18 @@ TEST(CommandFile, BadFilesReplayed) {
         {"pen-wider-than-everything.vgr", 1, "",
          "########/########/########/########/########/########"},
         {"pen-width-negative.vgr", 1, "", kNothing},
+        {"ucd-header-without-numbers.inp", 0, "can't open %s (this is not an UCD file)", kNothing},
+        {"ucd-too-few-nodes.inp", 0, "file %s contains insufficient data (2 vertices, 1 triangles",
+         kNothing},
+        {"ucd-node-line-one-number.inp", 0, "expected to read 2 floats, got 1", kNothing},
+        {"ucd-triangle-short.inp", 0, "expected to read 3 ints, got 2", kNothing},
+        {"ucd-node-number-out-of-range.inp", 0,
+         "file %s: triangle 1 uses node 4, but the nodes are 1 to 3", kNothing},
+        // Node 0 starts the box as (x0, y0, x0, y0) for xmin, xmax, ymin, ymax.
+        {"ucd-nodes-on-one-vertical-line.inp", 0, "degenerate grid (width=0, height=1)", kNothing},
+        // Mesh coordinates that are no numbers map far off the image.
+        {"ucd-nodes-not-numbers.inp", 1, "", kNothing},
+        {"missing.inp", 0, "can't open %s (No such file or directory)", kNothing},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
@@ -172,7 +186,7 @@ TEST(CommandFile, BadFilesReplayed) {
 // -0.25, so x maps to ceil(2x) and y to ceil(2y - 0.5); the corners land on
 // columns 0 and 8 and rows 0 and 6 (above the image). On 9 x 10, taller:
 // scale 9 / 4, yOrigin -(10 / 2.25 - 3) / 2; the corners land on columns 0
-// and 9 (beyond the image) and rows 2 and 8.
+// and 9 (beyond the image) and rows 2 and 8. An empty image has no room.
 TEST(DrawUCD, MeshFittedIntoTheImage) {
     const struct {
         int width, height;
@@ -182,37 +196,11 @@ TEST(DrawUCD, MeshFittedIntoTheImage) {
                   "........./#########/#......##/#.....#../#...##.../#..#...../###....../"
                   "#########/........./........."}};
     for (const auto& c : cases) {
-        Drawn run = draw(dataFile("ucd-rectangle.inp"), blank(c.width, c.height), true);
+        Drawn run = draw(dataFile("ucd-rectangle.inp"), blank(c.width, c.height));
         EXPECT_EQ(run.result, 1) << testing::PrintToString(run.errors);
         EXPECT_EQ(run.picture, c.expected);
     }
-}
-
-TEST(DrawUCD, BadMeshesReplayed) {
-    const struct {
-        const char* file;
-        const char* message;  // after "VELK error: ", %s the path; empty: success
-    } cases[] = {
-        {"ucd-header-without-numbers.inp", "can't open %s (this is not an UCD file)"},
-        {"ucd-too-few-nodes.inp", "file %s contains insufficient data (2 vertices, 1 triangles"},
-        {"ucd-node-line-one-number.inp", "expected to read 2 floats, got 1"},
-        {"ucd-triangle-short.inp", "expected to read 3 ints, got 2"},
-        {"ucd-node-number-out-of-range.inp",
-         "file %s: triangle 1 uses node 4, but the nodes are 1 to 3"},
-        // Node 0 starts the box as (x0, y0, x0, y0) for xmin, xmax, ymin, ymax.
-        {"ucd-nodes-on-one-vertical-line.inp", "degenerate grid (width=0, height=1)"},
-        // Coordinates that are no numbers map far off the image.
-        {"ucd-nodes-not-numbers.inp", ""},
-        {"missing.inp", "can't open %s (No such file or directory)"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.file);
-        Drawn run = draw(dataFile(c.file), blank(6, 4), true);
-        EXPECT_EQ(run.result, c.message[0] ? 0 : 1);
-        EXPECT_EQ(run.errors, errorFor(c.message, dataFile(c.file)));
-        EXPECT_EQ(run.picture, "....../....../....../......");
-    }
-    Drawn empty = draw(dataFile("ucd-rectangle.inp"), VelkImage(), true);
+    Drawn empty = draw(dataFile("ucd-rectangle.inp"), VelkImage());
     EXPECT_EQ(empty.result, 0);
     EXPECT_EQ(empty.errors, Lines{"VELK error: degenerate image (width=0, height=0)"});
 }
