@@ -1,34 +1,17 @@
 #include "Midpoint.h"
 
-#include "fieldeval.h"
-
-namespace {
-
-// The start slope is the deriv left by the previous call (or init); the end
-// point's derivative becomes the start slope of the next call.
-VELK_ALWAYS_INLINE void midpointStep(Midpoint& it) {
-    if (it.status == 0) {
-        const float half = it.stepSize * 0.5f;
-        const Vec2f mid = {it.pos.x + half * it.deriv.x, it.pos.y + half * it.deriv.y};
-        velk::evaluateField(it, mid, it.deriv);
-    }
-    it.pos.x += it.stepSize * it.deriv.x;
-    it.pos.y += it.stepSize * it.deriv.y;
-    if (it.status == 0) velk::evaluateField(it, it.pos, it.deriv);
-}
-
-}  // namespace
+#include "midpointstep.h"
 
 Midpoint::Midpoint(int direction) : FixedIntegrator(direction) {}
 
 const Vec2f& Midpoint::next(int& outStatus) {
-    midpointStep(*this);
+    velk::midpointStep(*this);
     outStatus = status;
     return pos;
 }
 
 const Vec2f& Midpoint::next(float& outMagnitude, int& outStatus) {
-    midpointStep(*this);
+    velk::midpointStep(*this);
     outMagnitude = magnitude;
     outStatus = status;
     return pos;

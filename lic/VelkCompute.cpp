@@ -29,6 +29,27 @@ int stepCount(double v) {
     return static_cast<int>(v);
 }
 
+// Each output pixel becomes its channel sums divided by its hits (0 without
+// hits); returns the hits of all pixels. kSubCells and kChannels are the
+// counts when known at compile time, 0 otherwise.
+template <int kSubCells, int kChannels>
+long long normalize(const int* accum, unsigned char* out, int pixels, int subCells, int channels) {
+    const int nSub = kSubCells != 0 ? kSubCells : subCells;
+    const int nch = kChannels != 0 ? kChannels : channels;
+    const int stride = nSub + nch;
+    const int* cell = accum;
+    long long total = 0;
+    for (int p = 0; p < pixels; p++, cell += stride, out += nch) {
+        int hits = 0;
+        for (int s = 0; s < nSub; s++) hits += cell[s];
+        total += hits;
+        for (int ch = 0; ch < nch; ch++) {
+            out[ch] = static_cast<unsigned char>(hits != 0 ? cell[nSub + ch] / hits : 0);
+        }
+    }
+    return total;
+}
+
 }  // namespace
 
 const int VelkCompute::offset[16][2] = {{0, 0}, {2, 0}, {0, 2}, {2, 2}, {1, 1}, {3, 1},
@@ -252,18 +273,10 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
     }
 
     output->setSize(width, height, nChannels);
-    const int pixels = width * height;
-    const int* cell = accum;
-    unsigned char* out = output->data;
-    long long total = 0;
-    for (int p = 0; p < pixels; p++, cell += cellStride, out += nChannels) {
-        int hits = 0;
-        for (int s = 0; s < numSubCells; s++) hits += cell[s];
-        total += hits;
-        for (int ch = 0; ch < nChannels; ch++) {
-            out[ch] = static_cast<unsigned char>(hits != 0 ? cell[numSubCells + ch] / hits : 0);
-        }
-    }
+    const long long total =
+        numSubCells == 1 && nChannels == 1
+            ? normalize<1, 1>(accum, output->data, width * height, 1, 1)
+            : normalize<0, 0>(accum, output->data, width * height, numSubCells, nChannels);
     totalHits = total > INT_MAX ? INT_MAX : static_cast<int>(total);
     stop();
     return 1;

@@ -1,10 +1,18 @@
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <typeinfo>
 
+#include "AdaptiveCursor.h"
+#include "RK43.h"
+#include "RKCK.h"
+#include "RKDP.h"
 #include "VelkCompute.h"
 #include "VelkImage.h"
 #include "VelkIntegrator.h"
 #include "VelkVectorField.h"
+#include "midpointstep.h"
 #include "periodic.h"
 
 namespace {
@@ -35,7 +43,9 @@ inline Texture textureOf(const VelkImage* image) {
 // is not finite).
 __attribute__((always_inline)) inline const unsigned char* texel(const Texture& t, float x, float y,
                                                                  float& fx, float& fy) {
-    if (!velk::wrapPeriodic(x, t.periodX) || !velk::wrapPeriodic(y, t.periodY)) return nullptr;
+    // Most points lie within the first period and need no wrapping.
+    if (!(x >= 0.0f && x < t.periodX) && !velk::wrapPeriodic(x, t.periodX)) return nullptr;
+    if (!(y >= 0.0f && y < t.periodY) && !velk::wrapPeriodic(y, t.periodY)) return nullptr;
     const int ix = static_cast<int>(x);
     const int iy = static_cast<int>(y);
     fx = x - static_cast<float>(ix);
@@ -44,109 +54,157 @@ __attribute__((always_inline)) inline const unsigned char* texel(const Texture& 
            static_cast<std::ptrdiff_t>(ix) * t.nChannels;
 }
 
-// The bodies of the four lookups; the one-channel ones are also inlined into
-// the filling of a line's records.
-__attribute__((always_inline)) inline void constOne(const Texture& t, float x, float y, int* out) {
-    float fx, fy;
-    const unsigned char* p = texel(t, x, y, fx, fy);
-    out[0] = p ? p[0] : 0;
-}
-
-__attribute__((always_inline)) inline void bilinearOne(const Texture& t, float x, float y,
-                                                       int* out) {
-    float fx, fy;
-    const unsigned char* p = texel(t, x, y, fx, fy);
-    if (!p) {
-        out[0] = 0;
-        return;
-    }
-    const unsigned char* q = p + t.bytesPerLine;
-    out[0] = static_cast<int>(bilinear(p[0], p[1], q[0], q[1], fx, fy));
-}
-
-inline void constN(const Texture& t, float x, float y, int* out) {
-    float fx, fy;
-    const unsigned char* p = texel(t, x, y, fx, fy);
-    for (int ch = 0; ch < t.nChannels; ch++) out[ch] = p ? p[ch] : 0;
-}
-
-inline void bilinearN(const Texture& t, float x, float y, int* out) {
-    float fx, fy;
-    const unsigned char* p = texel(t, x, y, fx, fy);
-    const int nch = t.nChannels;
+// The four lookups at a texel p (null: nothing to read, zeros) with fractions
+// fx, fy. kChannels is 1 for the one-channel variants, which read a single
+// value, and 0 for the others, which read t.nChannels.
+template <bool kBilinear, int kChannels>
+__attribute__((always_inline)) inline void readTexel(const Texture& t, const unsigned char* p,
+                                                     float fx, float fy, int* out) {
+    const int nch = kChannels != 0 ? kChannels : t.nChannels;
     if (!p) {
         for (int ch = 0; ch < nch; ch++) out[ch] = 0;
         return;
     }
+    if (!kBilinear) {
+        for (int ch = 0; ch < nch; ch++) out[ch] = p[ch];
+        return;
+    }
+    // The right neighbour is one pixel (t.nChannels bytes) further.
+    const int right = kChannels != 0 ? 1 : t.nChannels;
     const unsigned char* q = p + t.bytesPerLine;
     for (int ch = 0; ch < nch; ch++) {
-        out[ch] = static_cast<int>(bilinear(p[ch], p[ch + nch], q[ch], q[ch + nch], fx, fy));
+        out[ch] = static_cast<int>(bilinear(p[ch], p[ch + right], q[ch], q[ch + right], fx, fy));
     }
 }
 
-// Running sums of the texture values T along a line, anchored at the centre c
-// (S[c] = 0), integrated once (box), twice (triangle) or three times (cubic);
-// then the kernel outputs of every output record, accumulated into its cell.
-// kChannels 0 means the channel count is only known at run time.
-template <int kKernel, int kChannels>
-void convolveLine(const int* T, std::int64_t* S, const VelkCompute::LinePoint* points, int* accum,
-                  int cellStride, int numSubCells, int channels, int c, int lo, int hi, int n,
-                  std::int64_t divisor) {
-    const int nch = kChannels != 0 ? kChannels : channels;
+template <bool kBilinear, int kChannels>
+__attribute__((always_inline)) inline void lookup(const Texture& t, float x, float y, int* out) {
+    float fx = 0.0f, fy = 0.0f;
+    const unsigned char* p = texel(t, x, y, fx, fy);
+    readTexel<kBilinear, kChannels>(t, p, fx, fy, out);
+}
+
+// One line's convolution: the texture values T of records lo .. hi, the centre
+// c, the kernel half-length n and the kernel's divisor.
+struct LineSums {
+    int* T;
+    std::int64_t* S;  // wide running sums; the narrow ones replace T in place
+    const VelkCompute::LinePoint* points;
+    int* accum;
+    int cellStride, numSubCells, channels;
+    int c, lo, hi, n;
+    std::int64_t divisor;
+};
+
+// Exact integer division of numerators below 2^31 by a divisor d from 1 to
+// 2^23: with l the smallest number such that 2^l >= d, shift = 31 + l and
+// magic = ceil(2^shift / d) (at most 2^32), num * magic / 2^shift lies within
+// 2^-l <= 1/d above num / d, which never reaches the next integer; the product
+// stays below 2^63.
+struct Reciprocal {
+    std::uint64_t magic;
+    int shift;
+
+    explicit Reciprocal(std::uint32_t d) {
+        int l = 0;
+        while ((std::uint64_t{1} << l) < d) l++;
+        shift = 31 + l;
+        magic = ((std::uint64_t{1} << shift) + d - 1) / d;
+    }
+    std::uint32_t divide(std::uint32_t num) const {
+        return static_cast<std::uint32_t>((num * magic) >> shift);
+    }
+};
+
+// Kernel output from the running sums at i - n, i and i + n (and i - n + m,
+// i + n - m for the cubic kernel, m = 2n / 3), in the sums' own type.
+template <int kKernel, class Sum>
+inline Sum kernelNumerator(const Sum* back, const Sum* centre, const Sum* ahead, int mOffset) {
+    if (kKernel == 0) return *ahead - *back;
+    if (kKernel == 1) return *ahead + *back - 2 * *centre;
+    return *ahead - *back + 3 * (back[mOffset] - ahead[-mOffset]);
+}
+
+// Running sums of T along a line, anchored at the centre (S[c] = 0),
+// integrated once (box), twice (triangle) or three times (cubic); then the
+// kernel outputs of every output record, accumulated into its cell. kChannels
+// 0 means the channel count is only known at run time.
+//
+// Wide: 64-bit sums in S and 64-bit division, for any values and lengths.
+// Narrow: the sums modulo 2^32 overwrite T, and the quotients come from the
+// reciprocal. The caller takes it only when the texture values are bytes and
+// the kernel's weights are non-negative and sum to the divisor, so that every
+// numerator lies in [0, 256 * divisor) and 256 * divisor <= 2^31: numerators
+// computed modulo 2^32 are then exact.
+template <int kKernel, int kChannels, bool kNarrow>
+void convolveLine(const LineSums& line, const Reciprocal& reciprocal) {
+    typedef typename std::conditional<kNarrow, std::uint32_t, std::int64_t>::type Sum;
+    const int nch = kChannels != 0 ? kChannels : line.channels;
+    const int c = line.c, lo = line.lo, hi = line.hi, n = line.n;
+    const int* T = line.T;
+    Sum* S = kNarrow ? reinterpret_cast<Sum*>(line.T) : reinterpret_cast<Sum*>(line.S);
     for (int ch = 0; ch < nch; ch++) {
-        std::int64_t s1 = 0, s2 = 0, s3 = 0;
+        // Backwards first: in place, T[i + 1] is read before S[i + 1] replaces it.
+        Sum s1 = 0, s2 = 0, s3 = 0;
+        Sum next = static_cast<Sum>(T[c * nch + ch]);
+        for (int i = c - 1; i >= lo; i--) {
+            const Sum t = static_cast<Sum>(T[i * nch + ch]);
+            s3 -= s2;
+            s2 -= s1;
+            s1 -= next;
+            next = t;
+            S[i * nch + ch] = kKernel == 0 ? s1 : kKernel == 1 ? s2 : s3;
+        }
+        s1 = s2 = s3 = 0;
         S[c * nch + ch] = 0;
         for (int i = c + 1; i <= hi; i++) {
-            s1 += T[i * nch + ch];
+            s1 += static_cast<Sum>(T[i * nch + ch]);
             s2 += s1;
             s3 += s2;
             S[i * nch + ch] = kKernel == 0 ? s1 : kKernel == 1 ? s2 : s3;
         }
-        s1 = s2 = s3 = 0;
-        for (int i = c - 1; i >= lo; i--) {
-            s3 -= s2;
-            s2 -= s1;
-            s1 -= T[(i + 1) * nch + ch];
-            S[i * nch + ch] = kKernel == 0 ? s1 : kKernel == 1 ? s2 : s3;
-        }
     }
 
-    const int m = 2 * n / 3;
+    const int mOffset = 2 * n / 3 * nch;
     for (int i = lo + n; i <= hi - n; i++) {
-        const VelkCompute::LinePoint& point = points[i];
-        int* cell = accum + static_cast<std::ptrdiff_t>(point.pixel) * cellStride;
+        const VelkCompute::LinePoint& point = line.points[i];
+        int* cell = line.accum + static_cast<std::ptrdiff_t>(point.pixel) * line.cellStride;
         cell[point.subPixel]++;
-        int* channelSums = cell + numSubCells;
-        const std::int64_t* back = S + (i - n) * nch;
-        const std::int64_t* centre = S + i * nch;
-        const std::int64_t* ahead = S + (i + n) * nch;
+        int* channelSums = cell + line.numSubCells;
+        const Sum* back = S + (i - n) * nch;
+        const Sum* centre = S + i * nch;
+        const Sum* ahead = S + (i + n) * nch;
         for (int ch = 0; ch < nch; ch++) {
-            std::int64_t numerator;
-            if (kKernel == 0) {
-                numerator = ahead[ch] - back[ch];
-            } else if (kKernel == 1) {
-                numerator = ahead[ch] + back[ch] - 2 * centre[ch];
+            const Sum numerator =
+                kernelNumerator<kKernel>(back + ch, centre + ch, ahead + ch, mOffset);
+            if (kNarrow) {
+                channelSums[ch] += static_cast<int>(reciprocal.divide(numerator));
             } else {
-                numerator = ahead[ch] - back[ch] + 3 * (back[m * nch + ch] - ahead[-m * nch + ch]);
+                channelSums[ch] += static_cast<int>(numerator / line.divisor);
             }
-            channelSums[ch] += static_cast<int>(numerator / divisor);
         }
     }
 }
 
-template <int kKernel>
-void convolveKernel(const int* T, std::int64_t* S, const VelkCompute::LinePoint* points, int* accum,
-                    int cellStride, int numSubCells, int channels, int c, int lo, int hi, int n,
-                    std::int64_t divisor) {
-    if (channels == 1) {
-        convolveLine<kKernel, 1>(T, S, points, accum, cellStride, numSubCells, channels, c, lo, hi,
-                                 n, divisor);
-    } else if (channels == 3) {
-        convolveLine<kKernel, 3>(T, S, points, accum, cellStride, numSubCells, channels, c, lo, hi,
-                                 n, divisor);
+template <int kKernel, bool kNarrow>
+void convolveChannels(const LineSums& line, const Reciprocal& reciprocal) {
+    if (line.channels == 1) {
+        convolveLine<kKernel, 1, kNarrow>(line, reciprocal);
+    } else if (line.channels == 3) {
+        convolveLine<kKernel, 3, kNarrow>(line, reciprocal);
     } else {
-        convolveLine<kKernel, 0>(T, S, points, accum, cellStride, numSubCells, channels, c, lo, hi,
-                                 n, divisor);
+        convolveLine<kKernel, 0, kNarrow>(line, reciprocal);
+    }
+}
+
+template <int kKernel>
+void convolveKernel(const LineSums& line, bool bytes) {
+    const bool narrow = bytes && line.divisor <= (std::int64_t{1} << 23);
+    const Reciprocal reciprocal(narrow ? static_cast<std::uint32_t>(line.divisor) : 1);
+    if (narrow) {
+        convolveChannels<kKernel, true>(line, reciprocal);
+    } else {
+        convolveChannels<kKernel, false>(line, reciprocal);
     }
 }
 
@@ -160,17 +218,54 @@ struct RecordFill {
     VelkCompute::PixelLookup getPixel;
 };
 
-enum LookupKind { kLookupPointer, kLookupBilinear1, kLookupConst1 };
+enum LookupKind {
+    kLookupPointer,
+    kLookupBilinear1,
+    kLookupConst1,
+    kLookupBilinearN,
+    kLookupConstN
+};
+
+template <bool kSubPixels>
+__attribute__((always_inline)) inline int subPixelOf(const RecordFill& f, float xw, float yw) {
+    if (!kSubPixels) return 0;
+    const int N = f.subPixels;
+    return static_cast<int>(f.xScale * N * xw) % N + N * (static_cast<int>(f.yScale * N * yw) % N);
+}
 
 // Fills records lo .. hi from the traced positions: the output pixel and
 // sub-pixel the point falls in, and the texture value(s) there.
 template <LookupKind kLookup, bool kSubPixels>
 void fillRecords(const RecordFill f, const Vec2f* positions, VelkCompute::LinePoint* points,
                  int* samples, int lo, int hi) {
+    constexpr bool kBilinear = kLookup == kLookupBilinear1 || kLookup == kLookupBilinearN;
+    constexpr int kChannels = kLookup == kLookupBilinear1 || kLookup == kLookupConst1 ? 1 : 0;
+    const Texture& t = f.texture;
     const int spare = f.width * f.height;
     for (int i = lo; i <= hi; i++) {
         const Vec2f p = positions[i];
         VelkCompute::LinePoint& point = points[i];
+        int* out = samples + static_cast<std::ptrdiff_t>(i) * f.channels;
+        const float tx = p.x * f.xScale;
+        const float ty = p.y * f.yScale;
+
+        // Inside the field and within the first texture period, the usual
+        // case: neither position wraps, and the texel is the output pixel
+        // (trunc(xScale * x) both times, below width - 1).
+        if (kLookup != kLookupPointer && p.x >= 0.0f && p.x <= f.xMax && p.y >= 0.0f &&
+            p.y <= f.yMax && tx < t.periodX && ty < t.periodY) {
+            const int ix = static_cast<int>(tx);
+            const int iy = static_cast<int>(ty);
+            point.pixel = ix + iy * f.width;
+            point.subPixel = subPixelOf<kSubPixels>(f, p.x, p.y);
+            const float fx = tx - static_cast<float>(ix);
+            const float fy = ty - static_cast<float>(iy);
+            const unsigned char* q = t.data + static_cast<std::ptrdiff_t>(iy) * t.bytesPerLine +
+                                     static_cast<std::ptrdiff_t>(ix) * t.nChannels;
+            readTexel<kBilinear, kChannels>(t, q, fx, fy, out);
+            continue;
+        }
+
         // One periodic correction only: points within the domain and just
         // beyond its border map onto the image.
         float xw = p.x;
@@ -192,28 +287,17 @@ void fillRecords(const RecordFill f, const Vec2f* positions, VelkCompute::LinePo
             if (px >= f.width) px = f.width - 1;
             if (py >= f.height) py = f.height - 1;
             point.pixel = px + py * f.width;
-            if (kSubPixels) {
-                const int N = f.subPixels;
-                point.subPixel = static_cast<int>(f.xScale * N * xw) % N +
-                                 N * (static_cast<int>(f.yScale * N * yw) % N);
-            } else {
-                point.subPixel = 0;
-            }
+            point.subPixel = subPixelOf<kSubPixels>(f, xw, yw);
         } else {
             // Far off the domain (extrapolated ends, NaN): the spare cell behind
             // the image, which no output pixel reads.
             point.pixel = spare;
             point.subPixel = 0;
         }
-        int* out = samples + static_cast<std::ptrdiff_t>(i) * f.channels;
-        const float tx = p.x * f.xScale;
-        const float ty = p.y * f.yScale;
-        if (kLookup == kLookupBilinear1) {
-            bilinearOne(f.texture, tx, ty, out);
-        } else if (kLookup == kLookupConst1) {
-            constOne(f.texture, tx, ty, out);
-        } else {
+        if (kLookup == kLookupPointer) {
             f.getPixel(f.input, tx, ty, out);
+        } else {
+            lookup<kBilinear, kChannels>(t, tx, ty, out);
         }
     }
 }
@@ -228,22 +312,66 @@ void fillRecords(const RecordFill& f, const Vec2f* positions, VelkCompute::LineP
     }
 }
 
+// One side of a line, records centre + kDir * k for k = 1, 2, ...: the filter
+// part is traced whatever the status (past the end of the line the integrators
+// extrapolate); an extension step is taken only while the output point it
+// completes, nFilter records behind, is valid. Returns the extension steps.
+template <int kDir, class Next>
+VELK_ALWAYS_INLINE int traceRecords(Next&& next, Vec2f* centre, VelkCompute::LinePoint* points,
+                                    int n, int nExtension) {
+    for (int k = 1; k <= n; k++) centre[kDir * k] = next(points[kDir * k].status);
+    int j = 0;
+    while (j < nExtension && points[kDir * (1 + j)].status == 0) {
+        const int i = kDir * (n + 1 + j);
+        centre[i] = next(points[i].status);
+        j++;
+    }
+    return j;
+}
+
+// The engine's own integrators are stepped without a virtual call per point;
+// any other integrator through next().
+template <int kDir>
+int traceSide(VelkIntegrator& integrator, Vec2f* centre, VelkCompute::LinePoint* points, int n,
+              int nExtension) {
+    const std::type_info& type = typeid(integrator);
+    if (type == typeid(RK43) || type == typeid(RKCK) || type == typeid(RKDP)) {
+        velk::AdaptiveCursor cursor(static_cast<AdaptiveIntegrator&>(integrator));
+        const int steps = traceRecords<kDir>([&](int& status) { return cursor.next(status); },
+                                             centre, points, n, nExtension);
+        cursor.finish();
+        return steps;
+    }
+    if (type == typeid(Midpoint)) {
+        Midpoint& midpoint = static_cast<Midpoint&>(integrator);
+        return traceRecords<kDir>(
+            [&](int& status) {
+                velk::midpointStep(midpoint);
+                status = midpoint.status;
+                return midpoint.pos;
+            },
+            centre, points, n, nExtension);
+    }
+    return traceRecords<kDir>([&](int& status) { return integrator.next(status); }, centre, points,
+                              n, nExtension);
+}
+
 }  // namespace
 
 void VelkCompute::getPixelConst1(VelkImage* image, float x, float y, int* out) {
-    constOne(textureOf(image), x, y, out);
+    lookup<false, 1>(textureOf(image), x, y, out);
 }
 
 void VelkCompute::getPixelConstN(VelkImage* image, float x, float y, int* out) {
-    constN(textureOf(image), x, y, out);
+    lookup<false, 0>(textureOf(image), x, y, out);
 }
 
 void VelkCompute::getPixelBilinear1(VelkImage* image, float x, float y, int* out) {
-    bilinearOne(textureOf(image), x, y, out);
+    lookup<true, 1>(textureOf(image), x, y, out);
 }
 
 void VelkCompute::getPixelBilinearN(VelkImage* image, float x, float y, int* out) {
-    bilinearN(textureOf(image), x, y, out);
+    lookup<true, 0>(textureOf(image), x, y, out);
 }
 
 void VelkCompute::sample(const Vec2f& seed) {
@@ -289,23 +417,8 @@ void VelkCompute::sample(const Vec2f& seed) {
     const int c = nTotal;
     positions[c] = seed;
 
-    // The filter part is traced whatever the status: past the end of the line
-    // the integrators extrapolate. An extension step is taken only while the
-    // output point it completes (nFilter records behind) is valid.
-    for (int k = 1; k <= n; k++) positions[c + k] = forward->next(points[c + k].status);
-    int ahead = 0;
-    while (ahead < nExtension && points[c + 1 + ahead].status == 0) {
-        const int i = c + n + 1 + ahead;
-        positions[i] = forward->next(points[i].status);
-        ahead++;
-    }
-    for (int k = 1; k <= n; k++) positions[c - k] = backward->next(points[c - k].status);
-    int behind = 0;
-    while (behind < nExtension && points[c - 1 - behind].status == 0) {
-        const int i = c - n - 1 - behind;
-        positions[i] = backward->next(points[i].status);
-        behind++;
-    }
+    const int ahead = traceSide<+1>(*forward, positions + c, points + c, n, nExtension);
+    const int behind = traceSide<-1>(*backward, positions + c, points + c, n, nExtension);
     const int lo = c - n - behind;
     const int hi = c + n + ahead;
 
@@ -317,29 +430,36 @@ void VelkCompute::sample(const Vec2f& seed) {
         fillRecords<kLookupBilinear1>(fill, positions, points, samples, lo, hi);
     } else if (getPixel == getPixelConst1) {
         fillRecords<kLookupConst1>(fill, positions, points, samples, lo, hi);
+    } else if (getPixel == getPixelBilinearN) {
+        fillRecords<kLookupBilinearN>(fill, positions, points, samples, lo, hi);
+    } else if (getPixel == getPixelConstN) {
+        fillRecords<kLookupConstN>(fill, positions, points, samples, lo, hi);
     } else {
         fillRecords<kLookupPointer>(fill, positions, points, samples, lo, hi);
     }
 
+    // The library's lookups deliver bytes; a host's own may not.
+    const bool bytes = getPixel == getPixelBilinear1 || getPixel == getPixelConst1 ||
+                       getPixel == getPixelBilinearN || getPixel == getPixelConstN;
+    LineSums line = {samples,   sums, points, accum, cellStride, numSubCells,
+                     nChannels, c,    lo,     hi,    n,          0};
     const std::int64_t wide = n;
     switch (filterKernel) {
         case BOX:
-            convolveKernel<0>(samples, sums, points, accum, cellStride, numSubCells, nChannels, c,
-                              lo, hi, n, 2 * wide);
+            line.divisor = 2 * wide;
+            convolveKernel<0>(line, bytes);
             break;
         case TRIANGLE:
-            convolveKernel<1>(samples, sums, points, accum, cellStride, numSubCells, nChannels, c,
-                              lo, hi, n, wide * wide);
+            line.divisor = wide * wide;
+            convolveKernel<1>(line, bytes);
             break;
-        case CUBIC: {
+        case CUBIC:
             // m cubed, as 8 n^3 / 27; 0 only if the kernel changed after start().
-            const std::int64_t divisor = 8 * wide * wide * wide / 27;
-            if (divisor > 0) {
-                convolveKernel<2>(samples, sums, points, accum, cellStride, numSubCells, nChannels,
-                                  c, lo, hi, n, divisor);
-            }
+            // Only for n a multiple of 3 are the weights those of the cubic
+            // bell, summing to the divisor.
+            line.divisor = 8 * wide * wide * wide / 27;
+            if (line.divisor > 0) convolveKernel<2>(line, bytes && n % 3 == 0);
             break;
-        }
         default:
             break;
     }
