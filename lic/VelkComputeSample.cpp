@@ -216,6 +216,8 @@ struct RecordFill {
     VelkImage* input;
     Texture texture;
     VelkCompute::PixelLookup getPixel;
+    const int* accum;
+    int cellStride;
 };
 
 enum LookupKind {
@@ -257,6 +259,9 @@ void fillRecords(const RecordFill f, const Vec2f* positions, VelkCompute::LinePo
             const int ix = static_cast<int>(tx);
             const int iy = static_cast<int>(ty);
             point.pixel = ix + iy * f.width;
+            // The convolution adds to this cell once the line is filled.
+            __builtin_prefetch(f.accum + static_cast<std::ptrdiff_t>(point.pixel) * f.cellStride,
+                               1);
             point.subPixel = subPixelOf<kSubPixels>(f, p.x, p.y);
             const float fx = tx - static_cast<float>(ix);
             const float fy = ty - static_cast<float>(iy);
@@ -424,8 +429,9 @@ void VelkCompute::sample(const Vec2f& seed) {
 
     // The records are filled after the tracing: the loop keeps the engine's
     // scales in registers instead of reloading them around every call.
-    const RecordFill fill = {xMax,         yMax,      xScale, yScale,           width,   height,
-                             numSubPixels, nChannels, input,  textureOf(input), getPixel};
+    const RecordFill fill = {xMax,     yMax,         xScale,    yScale, width,
+                             height,   numSubPixels, nChannels, input,  textureOf(input),
+                             getPixel, accum,        cellStride};
     if (getPixel == getPixelBilinear1) {
         fillRecords<kLookupBilinear1>(fill, positions, points, samples, lo, hi);
     } else if (getPixel == getPixelConst1) {
