@@ -107,7 +107,7 @@ TEST(ComputeDriver, NothingAccumulatedGivesABlackImage) {
     for (int i = 0; i < 2 * 49; i++) zero.data[i] = 0.0f;
     VelkImage texture(24, 24), output;
     texture.createRandom(0, 2);
-    for (int mode : {0, 1, 2, -1}) {
+    for (int mode : {0, 1, 2, -1}) {  // -1: the unknown kernel on the circle
         velktest::MessageCapture capture(1);
         VelkCompute engine;
         engine.seedingMode = mode < 0 ? 1 : mode;
