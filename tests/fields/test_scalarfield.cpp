@@ -75,24 +75,14 @@ TEST(ScalarField, PseudoColorPerValueOrSampledOntoTheImage) {
     for (int k = 0; k < 12; k++) EXPECT_NEAR(small.data[k], sampled[k / 3], 1) << k;
 }
 
-TEST(GridSample, ReproducesLinearFieldsAndStaysInsideThinGrids) {
-    // 2-component nodes (x + 2y, 3 - x) on a 4 x 3 grid.
-    float grid[4 * 3 * 2], out[2], column[3] = {1, 2, 3};
-    for (int n = 0; n < 12; n++) {
-        grid[2 * n] = static_cast<float>(n % 4 + 2 * (n / 4));
-        grid[2 * n + 1] = static_cast<float>(3 - n % 4);
-    }
-    const float positions[][2] = {{0, 0}, {0.5f, 0.25f}, {2.75f, 1.5f}, {3, 2}, {2.999f, 1.999f}};
-    for (const auto& p : positions) {
-        velk::sampleBilinear<2>(grid, 4, 3, p[0], p[1], out);
-        EXPECT_NEAR(out[0], p[0] + 2 * p[1], 1e-5f) << p[0] << "," << p[1];
-        EXPECT_NEAR(out[1], 3 - p[0], 1e-5f) << p[0] << "," << p[1];
-    }
-    // A single column or row is its own neighbour rather than a read outside.
-    velk::sampleBilinear<1>(column, 1, 3, 0, 1.5f, out);
-    EXPECT_FLOAT_EQ(out[0], 2.5f);
-    velk::sampleBilinear<1>(column, 3, 1, 7.0f, 0, out);
-    EXPECT_TRUE(std::isfinite(out[0]));
+// A single column or row is its own neighbour, and a position beyond the
+// grid takes its last node, rather than a read outside.
+TEST(GridSample, StaysInsideThinGrids) {
+    float column[3] = {1, 2, 3}, out;
+    velk::sampleBilinear<1>(column, 1, 3, 0, 1.5f, &out);
+    EXPECT_FLOAT_EQ(out, 2.5f);
+    velk::sampleBilinear<1>(column, 3, 1, 7.0f, 0, &out);
+    EXPECT_FLOAT_EQ(out, 3.0f);
 }
 
 // Binary is big-endian both ways and exact; ASCII keeps 6 digits.

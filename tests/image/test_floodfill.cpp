@@ -40,9 +40,10 @@ TEST(FloodFill, CountsAndBoxes) {
         // A value whose low byte is the old value would never finish.
         {uniform, 0, 0, 256, 0, {0, 0, 0, 0}},
         // 4-connected: a diagonal separates two triangles; the cup needs
-        // segments pushed back down to fill up its far side.
+        // segments pushed back down, left or right, to fill up its far side.
         {{"...#", "..#.", ".#..", "#..."}, 0, 3, 9, 6, {0, 1, 2, 4}},
         {{".#.#.", ".#.#.", ".###.", "....."}, 0, 3, 9, 11, {0, 0, 4, 4}},
+        {{".#.#.", ".#.#.", ".###.", "....."}, 4, 3, 9, 11, {0, 0, 4, 4}},
         {strip, 39999, 1, 7, 79999, {0, 0, 39999, 2}},
     };
     for (const Case& c : cases) {

@@ -93,13 +93,11 @@ TEST(PnmRead, AcceptedFilesGiveTheirPixelsBottomRowFirst) {
 TEST(PnmRead, BadFilesAreReportedAndLeaveImageAndHandlesAlone) {
     auto expectRejected = [](const std::string& path, const std::string& report) {
         VelkImage image = makeImage(2, 1, 1, {42, 42});
-        unsigned char* before = image.data;
         int files = velktest::openFileCount();
         velktest::MessageCapture capture;
         EXPECT_EQ(image.readPNM(path.c_str()), 0) << path;
         EXPECT_EQ(capture.errorText(), "VELK error: " + report + "\n");
         EXPECT_EQ(velktest::openFileCount(), files) << path;
-        EXPECT_EQ(image.data, before);
         EXPECT_EQ(bytesOf(image), (Bytes{42, 42}));
     };
     velktest::TempDir dir;
@@ -114,8 +112,7 @@ TEST(PnmRead, BadFilesAreReportedAndLeaveImageAndHandlesAlone) {
     }
     // An unknown magic shows the file name as the format: a "%s" shows the
     // reason, other conversions are shown as written.
-    const char* names[][2] = {{"plain.pbm", "plain.pbm"},
-                              {"why-%s.pbm", "why-no PNM header found.pbm"},
+    const char* names[][2] = {{"why-%s.pbm", "why-no PNM header found.pbm"},
                               {"100%%.pbm", "100%.pbm"},
                               {"bad-%n%d%s.pbm", "bad-%n%d%s.pbm"},
                               {"two-%s-%s.pbm", "two-%s-%s.pbm"}};
