@@ -220,5 +220,5 @@ float ByteReader::awkwardFloat() {
 // would on a smaller machine), which exercises the readers' failure paths and
 // keeps the fuzzer inside its memory limit.
 extern "C" const char* __asan_default_options() {
-    return "allocator_may_return_null=1:max_allocation_size_mb=512";
+    return "allocator_may_return_null=1:max_allocation_size_mb=128";
 }

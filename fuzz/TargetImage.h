@@ -13,15 +13,29 @@ namespace velkfuzz {
 // An image to draw into, of a size and channel count chosen from the input.
 // Half of them borrow a buffer with padded rows, allocated to the exact size
 // so that the sanitizer sees any overrun; the padding holds a pattern that
-// drawing must leave alone.
+// drawing must leave alone. With `large`, one in 32 is a 48-megabyte grey
+// image, whose RGB version is beyond the fuzzers' allocation limit.
 class TargetImage {
   public:
-    explicit TargetImage(Choices& choices) {
+    TargetImage(Choices& choices, bool large) {
         static const int kChannels[] = {1, 3, 1, 3, 2, 4};
         int w = choices.range(0, 40);
         int h = choices.range(0, 40);
         int c = choices.pick(kChannels);
-        if (choices.range(0, 1)) {
+        if (large && choices.range(0, 31) == 0) {
+            w = 8000;
+            h = 6000;
+            c = 1;
+            image = new VelkImage(w, h, c);
+            if (image->data == nullptr) {  // a limit below even this size
+                delete image;
+                w = h = 0;
+                image = new VelkImage(w, h, c);
+            }
+            stride = w;
+            bytes = static_cast<std::size_t>(w) * h;
+            if (bytes > 0) std::memset(image->data, static_cast<int>(choices.next() & 0xff), bytes);
+        } else if (choices.range(0, 1)) {
             stride = w * c + choices.range(0, 5);
             bytes = static_cast<std::size_t>(stride) * h;
             buffer = static_cast<unsigned char*>(std::malloc(bytes ? bytes : 1));
@@ -32,7 +46,7 @@ class TargetImage {
             stride = w * c;
             bytes = static_cast<std::size_t>(stride) * h;
         }
-        for (int y = 0; y < h; y++) {
+        for (int y = 0; y < h && bytes <= kRandomBytes; y++) {
             for (int x = 0; x < w * c; x++) {
                 image->data[y * stride + x] = static_cast<unsigned char>(choices.next());
             }
@@ -83,6 +97,7 @@ class TargetImage {
     int channels;
 
   private:
+    static constexpr std::size_t kRandomBytes = 1 << 16;
     unsigned char* buffer = nullptr;
     int stride;
     std::size_t bytes;

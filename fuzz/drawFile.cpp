@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const int kWidths[] = {1, 1, 1, 2, 3, 4, 0, -3, 1000};
     const char* path = velkfuzz::writeScratch(0, data, size);
     velkfuzz::Choices choices(data, size);
-    velkfuzz::TargetImage target(choices);
+    velkfuzz::TargetImage target(choices, true);
     VelkGraphics graphics;
     graphics.setColor(choices.range(-300, 300), choices.range(-300, 300), choices.range(-300, 300));
     graphics.setPixelWidth(choices.pick(kWidths));

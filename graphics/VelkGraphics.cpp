@@ -241,6 +241,24 @@ struct Canvas {
     int row(float y) const { return toPixel(static_cast<double>((y - y0) * yScale) + 0.5); }
 };
 
+// Rebuilds a grey image as three equal channels. The colour version is made
+// beside the image and only then takes its place, so an image whose colour
+// version does not fit into memory stays as it was.
+bool promoteToColour(VelkImage& image) {
+    VelkImage colour;
+    if (!colour.glue(image, image, image)) return false;
+    if (image.ownedData) std::free(image.ownedData);
+    image.ownedData = colour.ownedData;
+    image.data = colour.data;
+    image.width = colour.width;
+    image.height = colour.height;
+    image.nChannels = colour.nChannels;
+    image.bytesPerLine = colour.bytesPerLine;
+    colour.ownedData = nullptr;
+    colour.data = nullptr;
+    return true;
+}
+
 }  // namespace
 
 VelkGraphics::VelkGraphics() : rgb{0, 0, 0}, grey(0), pixelWidth(1), halfWidth(0) {}
@@ -363,9 +381,8 @@ int VelkGraphics::drawFile(VelkImage& image, const char* path) {
             int g = toPixel(v[1] * 255.0f);
             int b = toPixel(v[2] * 255.0f);
             setColor(r, g, b);
-            if (!(r == g && g == b) && image.nChannels != 3) {
-                VelkImage copy(image);
-                image.glue(copy, copy, copy);
+            if (!(r == g && g == b) && image.nChannels != 3 && !promoteToColour(image)) {
+                return velk_error("not enough memory to draw %s in colour", path);
             }
         } else if (check_cmd(word, "width")) {
             if (!read_floats(in, 1, v, endOfLine)) return velk_error("expecting 'width n'");

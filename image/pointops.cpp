@@ -115,12 +115,26 @@ int VelkImage::glue(const VelkImage& r, const VelkImage& g, const VelkImage& b) 
     // Resizing comes first, so an operand that is this image is read from a copy.
     const VelkImage* operands[3] = {&r, &g, &b};
     VelkImage copy;
+    bool copied = false;
     for (const VelkImage*& operand : operands) {
         if (operand != this) continue;
-        if (copy.data == nullptr) copy = *this;
+        if (!copied) copy = *this;
+        copied = true;
         operand = &copy;
     }
+    // Memory that cannot be had is told like the other failures, leaving this
+    // image as it was where the copy failed and empty where the new buffer did.
+    const bool pixels = r.width > 0 && r.height > 0;
+    if (copied && pixels && copy.data == nullptr) {
+        complain("Not enough memory.\n");
+        return 0;
+    }
     setSize(r.width, r.height, 3);
+    if (pixels && data == nullptr) {
+        setSize(0, 0, 3);
+        complain("Not enough memory.\n");
+        return 0;
+    }
     for (int y = 0; y < height; y++) {
         unsigned char* o = data + y * bytesPerLine;
         for (int c = 0; c < 3; c++) {
