@@ -1,7 +1,8 @@
 // VelkScanConvert::scanConvert on random polygons (mostly triangles, with
 // huge, infinite and NaN corners) and canvases. Every reported pixel lies in
 // [0, width] x [0, height - 1], each row is reported at most once per
-// polygon, and values that are equal at every corner stay equal.
+// polygon, and values that are equal at every corner of an ordinary polygon
+// stay equal.
 
 #include <cmath>
 
@@ -37,9 +38,13 @@ void pixel(int x, int y, float* values, void* userData) {
     }
 }
 
-float coordinate(velkfuzz::ByteReader& in) {
+// `ordinary` turns false once an awkward value was handed out.
+float coordinate(velkfuzz::ByteReader& in, bool& ordinary) {
     int kind = in.range(0, 3);
-    if (kind == 0) return in.awkwardFloat();
+    if (kind == 0) {
+        ordinary = false;
+        return in.awkwardFloat();
+    }
     // On or near the canvas, in steps of a quarter pixel.
     return static_cast<float>(in.range(-80, 280)) * 0.25f;
 }
@@ -61,19 +66,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (in.remaining() > 0) {
         int n = in.range(0, 8);
         if (n > 5) n = 3;
-        seen.constant = in.range(0, 1);
+        bool constant = in.range(0, 1);
+        bool ordinary = true;
         for (int i = 0; i < nValues; i++) {
-            float v = coordinate(in);
+            bool any;
+            float v = coordinate(in, any);
             // c - c is 0 only for finite c.
             seen.values[i] = std::isfinite(v) ? v : 0.0f;
         }
         VelkScanConvert::Vertex v[5] = {};
         for (int i = 0; i < n; i++) {
-            v[i].x = coordinate(in);
-            v[i].y = coordinate(in);
-            for (int k = 0; k < 6; k++)
-                v[i].values[k] = seen.constant ? seen.values[k] : in.awkwardFloat();
+            v[i].x = coordinate(in, ordinary);
+            v[i].y = coordinate(in, ordinary);
+            for (int k = 0; k < 6; k++) {
+                v[i].values[k] = constant ? seen.values[k] : in.awkwardFloat();
+            }
         }
+        // Corners far apart or close to each other can drive an edge to
+        // infinity, and 0 * infinity is no longer the constant.
+        seen.constant = constant && ordinary;
         seen.calls = 0;
         seen.lastY = -1;
         seen.lastX = -2;
