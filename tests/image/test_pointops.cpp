@@ -25,7 +25,7 @@ void expectResult(const VelkImage& source, Op op, int channels, const Bytes& exp
 
 }  // namespace
 
-TEST(PointOps, ResultsIntoDestinationAndInPlaceClamp) {
+TEST(PointOps, ResultsGoToTheDestinationOrInPlace) {
     VelkImage grey = makeImage(2, 1, 1, {255, 128}),
               rgb = makeImage(2, 1, 3, {7, 100, 255, 128, 255, 0});
     VelkImage six = makeImage(3, 2, 1, {1, 2, 3, 4, 5, 6}),
