@@ -10,6 +10,7 @@ packages=(
     clang-format
     netpbm
     clang libclang-rt-14-dev
+    valgrind
 )
 
 missing=()
