@@ -1,6 +1,9 @@
+#include <climits>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <type_traits>
 #include <typeinfo>
 
@@ -28,14 +31,19 @@ inline float bilinear(float p00, float p10, float p01, float p11, float fx, floa
 struct Texture {
     const unsigned char* data;
     std::ptrdiff_t bytesPerLine;
+    int bytesPerLine32;
     int nChannels;
     float periodX;  // width - 1: the last column repeats the first
     float periodY;
 };
 
 inline Texture textureOf(const VelkImage* image) {
-    return {image->data, image->bytesPerLine, image->nChannels,
-            static_cast<float>(image->width - 1), static_cast<float>(image->height - 1)};
+    return {image->data,
+            image->bytesPerLine,
+            image->bytesPerLine,
+            image->nChannels,
+            static_cast<float>(image->width - 1),
+            static_cast<float>(image->height - 1)};
 }
 
 // Periodic wrap and split into texel and fractions; null when no wrapped
@@ -218,6 +226,7 @@ struct RecordFill {
     VelkCompute::PixelLookup getPixel;
     const int* accum;
     int cellStride;
+    bool narrowOffsets;  // every texel offset of the image fits in an int
 };
 
 enum LookupKind {
@@ -228,6 +237,14 @@ enum LookupKind {
     kLookupConstN
 };
 
+inline bool narrowOffsets(const VelkImage& image) {
+    const long long rows = std::llabs(static_cast<long long>(image.bytesPerLine));
+    return rows * (static_cast<long long>(image.height) + 2) +
+               std::llabs(static_cast<long long>(image.nChannels)) *
+                   (static_cast<long long>(image.width) + 2) <
+           INT_MAX;
+}
+
 template <bool kSubPixels>
 __attribute__((always_inline)) inline int subPixelOf(const RecordFill& f, float xw, float yw) {
     if (!kSubPixels) return 0;
@@ -235,75 +252,166 @@ __attribute__((always_inline)) inline int subPixelOf(const RecordFill& f, float 
     return static_cast<int>(f.xScale * N * xw) % N + N * (static_cast<int>(f.yScale * N * yw) % N);
 }
 
-// Fills records lo .. hi from the traced positions: the output pixel and
-// sub-pixel the point falls in, and the texture value(s) there.
+// Fills one record from its traced position p: the output pixel and sub-pixel
+// the point falls in, and the texture value(s) there.
 template <LookupKind kLookup, bool kSubPixels>
-void fillRecords(const RecordFill f, const Vec2f* positions, VelkCompute::LinePoint* points,
-                 int* samples, int lo, int hi) {
+__attribute__((always_inline)) inline void fillRecord(const RecordFill& f, Vec2f p,
+                                                      VelkCompute::LinePoint& point, int* out) {
     constexpr bool kBilinear = kLookup == kLookupBilinear1 || kLookup == kLookupBilinearN;
     constexpr int kChannels = kLookup == kLookupBilinear1 || kLookup == kLookupConst1 ? 1 : 0;
     const Texture& t = f.texture;
-    const int spare = f.width * f.height;
-    for (int i = lo; i <= hi; i++) {
-        const Vec2f p = positions[i];
-        VelkCompute::LinePoint& point = points[i];
-        int* out = samples + static_cast<std::ptrdiff_t>(i) * f.channels;
-        const float tx = p.x * f.xScale;
-        const float ty = p.y * f.yScale;
+    const float tx = p.x * f.xScale;
+    const float ty = p.y * f.yScale;
 
-        // Inside the field and within the first texture period, the usual
-        // case: neither position wraps, and the texel is the output pixel
-        // (trunc(xScale * x) both times, below width - 1).
-        if (kLookup != kLookupPointer && p.x >= 0.0f && p.x <= f.xMax && p.y >= 0.0f &&
-            p.y <= f.yMax && tx < t.periodX && ty < t.periodY) {
-            const int ix = static_cast<int>(tx);
-            const int iy = static_cast<int>(ty);
-            point.pixel = ix + iy * f.width;
-            // The convolution adds to this cell once the line is filled.
-            __builtin_prefetch(f.accum + static_cast<std::ptrdiff_t>(point.pixel) * f.cellStride,
-                               1);
-            point.subPixel = subPixelOf<kSubPixels>(f, p.x, p.y);
-            const float fx = tx - static_cast<float>(ix);
-            const float fy = ty - static_cast<float>(iy);
-            const unsigned char* q = t.data + static_cast<std::ptrdiff_t>(iy) * t.bytesPerLine +
-                                     static_cast<std::ptrdiff_t>(ix) * t.nChannels;
-            readTexel<kBilinear, kChannels>(t, q, fx, fy, out);
-            continue;
-        }
+    // Inside the field and within the first texture period, the usual case:
+    // neither position wraps, and the texel is the output pixel (trunc(xScale
+    // * x) both times, below width - 1).
+    if (kLookup != kLookupPointer && p.x >= 0.0f && p.x <= f.xMax && p.y >= 0.0f && p.y <= f.yMax &&
+        tx < t.periodX && ty < t.periodY) {
+        const int ix = static_cast<int>(tx);
+        const int iy = static_cast<int>(ty);
+        point.pixel = ix + iy * f.width;
+        // The convolution adds to this cell once the line is filled.
+        __builtin_prefetch(f.accum + static_cast<std::ptrdiff_t>(point.pixel) * f.cellStride, 1);
+        point.subPixel = subPixelOf<kSubPixels>(f, p.x, p.y);
+        const float fx = tx - static_cast<float>(ix);
+        const float fy = ty - static_cast<float>(iy);
+        const unsigned char* q = t.data + static_cast<std::ptrdiff_t>(iy) * t.bytesPerLine +
+                                 static_cast<std::ptrdiff_t>(ix) * t.nChannels;
+        readTexel<kBilinear, kChannels>(t, q, fx, fy, out);
+        return;
+    }
 
-        // One periodic correction only: points within the domain and just
-        // beyond its border map onto the image.
-        float xw = p.x;
-        float yw = p.y;
-        if (xw < 0.0f) {
-            xw = p.x + f.xMax;
-        } else if (xw > f.xMax) {
-            xw = p.x - f.xMax;
+    // One periodic correction only: points within the domain and just beyond
+    // its border map onto the image.
+    float xw = p.x;
+    float yw = p.y;
+    if (xw < 0.0f) {
+        xw = p.x + f.xMax;
+    } else if (xw > f.xMax) {
+        xw = p.x - f.xMax;
+    }
+    if (yw < 0.0f) {
+        yw = p.y + f.yMax;
+    } else if (yw > f.yMax) {
+        yw = p.y - f.yMax;
+    }
+    if (xw >= 0.0f && xw <= f.xMax && yw >= 0.0f && yw <= f.yMax) {
+        int px = static_cast<int>(f.xScale * xw);
+        int py = static_cast<int>(f.yScale * yw);
+        // xScale * xMax may round up to width on a field much finer than the image.
+        if (px >= f.width) px = f.width - 1;
+        if (py >= f.height) py = f.height - 1;
+        point.pixel = px + py * f.width;
+        point.subPixel = subPixelOf<kSubPixels>(f, xw, yw);
+    } else {
+        // Far off the domain (extrapolated ends, NaN): the spare cell behind
+        // the image, which no output pixel reads.
+        point.pixel = f.width * f.height;
+        point.subPixel = 0;
+    }
+    if (kLookup == kLookupPointer) {
+        f.getPixel(f.input, tx, ty, out);
+    } else {
+        lookup<kBilinear, kChannels>(t, tx, ty, out);
+    }
+}
+
+typedef float Float4 __attribute__((vector_size(16)));
+typedef int Int4 __attribute__((vector_size(16)));
+
+inline Float4 splat(float v) {
+    return Float4{v, v, v, v};
+}
+
+// Four records of a one-channel texture at once, lane by lane the operations
+// of the usual case of fillRecord. Returns false, having written nothing, when
+// one of the points needs another case.
+template <bool kBilinear, bool kSubPixels>
+__attribute__((always_inline)) inline bool fillFour(const RecordFill& f, const Vec2f* positions,
+                                                    VelkCompute::LinePoint* points, int* out) {
+    const Texture& t = f.texture;
+    Float4 a, b;
+    std::memcpy(&a, positions, sizeof a);
+    std::memcpy(&b, positions + 2, sizeof b);
+    const Float4 x = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+    const Float4 y = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+    const Float4 tx = x * splat(f.xScale);
+    const Float4 ty = y * splat(f.yScale);
+    const Float4 zero = splat(0.0f);
+    const Int4 usual = (x >= zero) & (x <= splat(f.xMax)) & (y >= zero) & (y <= splat(f.yMax)) &
+                       (tx < splat(t.periodX)) & (ty < splat(t.periodY));
+    if ((usual[0] & usual[1] & usual[2] & usual[3]) == 0) return false;
+
+    const Int4 ix = __builtin_convertvector(tx, Int4);
+    const Int4 iy = __builtin_convertvector(ty, Int4);
+    const Float4 fx = tx - __builtin_convertvector(ix, Float4);
+    const Float4 fy = ty - __builtin_convertvector(iy, Float4);
+    const Int4 pixel = ix + iy * Int4{f.width, f.width, f.width, f.width};
+    int index[4];
+    std::memcpy(index, &pixel, sizeof index);
+    // The texels of the four points: offsets in 32 bits when the image allows.
+    std::ptrdiff_t offset[4];
+    if (f.narrowOffsets) {
+        const Int4 narrow =
+            iy * Int4{t.bytesPerLine32, t.bytesPerLine32, t.bytesPerLine32, t.bytesPerLine32} +
+            ix * Int4{t.nChannels, t.nChannels, t.nChannels, t.nChannels};
+        for (int k = 0; k < 4; k++) offset[k] = narrow[k];
+    } else {
+        for (int k = 0; k < 4; k++) {
+            offset[k] = static_cast<std::ptrdiff_t>(iy[k]) * t.bytesPerLine +
+                        static_cast<std::ptrdiff_t>(ix[k]) * t.nChannels;
         }
-        if (yw < 0.0f) {
-            yw = p.y + f.yMax;
-        } else if (yw > f.yMax) {
-            yw = p.y - f.yMax;
+    }
+    const unsigned char* q[4];
+    for (int k = 0; k < 4; k++) {
+        VelkCompute::LinePoint& point = points[k];
+        point.pixel = index[k];
+        __builtin_prefetch(f.accum + static_cast<std::ptrdiff_t>(index[k]) * f.cellStride, 1);
+        point.subPixel = subPixelOf<kSubPixels>(f, x[k], y[k]);
+        q[k] = t.data + offset[k];
+    }
+    Int4 values;
+    if (kBilinear) {
+        // Each texel with its right neighbour, in the low and high byte.
+        const std::ptrdiff_t up = t.bytesPerLine;
+        const Int4 low = {q[0][0] | q[0][1] << 8, q[1][0] | q[1][1] << 8, q[2][0] | q[2][1] << 8,
+                          q[3][0] | q[3][1] << 8};
+        const Int4 high = {q[0][up] | q[0][up + 1] << 8, q[1][up] | q[1][up + 1] << 8,
+                           q[2][up] | q[2][up + 1] << 8, q[3][up] | q[3][up + 1] << 8};
+        const Int4 byte = {0xff, 0xff, 0xff, 0xff};
+        const Float4 P00 = __builtin_convertvector(low & byte, Float4);
+        const Float4 P10 = __builtin_convertvector(low >> 8, Float4);
+        const Float4 P01 = __builtin_convertvector(high & byte, Float4);
+        const Float4 P11 = __builtin_convertvector(high >> 8, Float4);
+        values = __builtin_convertvector(
+            P00 + (P10 - P00) * fx + (P01 - P00) * fy + fx * fy * (P00 - P01 - P10 + P11), Int4);
+    } else {
+        values = Int4{q[0][0], q[1][0], q[2][0], q[3][0]};
+    }
+    std::memcpy(out, &values, sizeof values);
+    return true;
+}
+
+// Fills records lo .. hi from the traced positions.
+template <LookupKind kLookup, bool kSubPixels>
+void fillRecords(const RecordFill f, const Vec2f* positions, VelkCompute::LinePoint* points,
+                 int* samples, int lo, int hi) {
+    int i = lo;
+    if ((kLookup == kLookupBilinear1 || kLookup == kLookupConst1) && f.channels == 1) {
+        for (; i + 3 <= hi; i += 4) {
+            if (fillFour<kLookup == kLookupBilinear1, kSubPixels>(f, positions + i, points + i,
+                                                                  samples + i)) {
+                continue;
+            }
+            for (int k = i; k < i + 4; k++) {
+                fillRecord<kLookup, kSubPixels>(f, positions[k], points[k], samples + k);
+            }
         }
-        if (xw >= 0.0f && xw <= f.xMax && yw >= 0.0f && yw <= f.yMax) {
-            int px = static_cast<int>(f.xScale * xw);
-            int py = static_cast<int>(f.yScale * yw);
-            // xScale * xMax may round up to width on a field much finer than the image.
-            if (px >= f.width) px = f.width - 1;
-            if (py >= f.height) py = f.height - 1;
-            point.pixel = px + py * f.width;
-            point.subPixel = subPixelOf<kSubPixels>(f, xw, yw);
-        } else {
-            // Far off the domain (extrapolated ends, NaN): the spare cell behind
-            // the image, which no output pixel reads.
-            point.pixel = spare;
-            point.subPixel = 0;
-        }
-        if (kLookup == kLookupPointer) {
-            f.getPixel(f.input, tx, ty, out);
-        } else {
-            lookup<kBilinear, kChannels>(t, tx, ty, out);
-        }
+    }
+    for (; i <= hi; i++) {
+        fillRecord<kLookup, kSubPixels>(f, positions[i], points[i],
+                                        samples + static_cast<std::ptrdiff_t>(i) * f.channels);
     }
 }
 
@@ -429,9 +537,9 @@ void VelkCompute::sample(const Vec2f& seed) {
 
     // The records are filled after the tracing: the loop keeps the engine's
     // scales in registers instead of reloading them around every call.
-    const RecordFill fill = {xMax,     yMax,         xScale,    yScale, width,
-                             height,   numSubPixels, nChannels, input,  textureOf(input),
-                             getPixel, accum,        cellStride};
+    const RecordFill fill = {
+        xMax,      yMax,  xScale,           yScale,   width, height,     numSubPixels,
+        nChannels, input, textureOf(input), getPixel, accum, cellStride, narrowOffsets(*input)};
     if (getPixel == getPixelBilinear1) {
         fillRecords<kLookupBilinear1>(fill, positions, points, samples, lo, hi);
     } else if (getPixel == getPixelConst1) {
