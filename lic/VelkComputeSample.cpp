@@ -425,48 +425,116 @@ void fillRecords(const RecordFill& f, const Vec2f* positions, VelkCompute::LineP
     }
 }
 
-// One side of a line, records centre + kDir * k for k = 1, 2, ...: the filter
-// part is traced whatever the status (past the end of the line the integrators
-// extrapolate); an extension step is taken only while the output point it
-// completes, nFilter records behind, is valid. Returns the extension steps.
+// One side of a line, records centre + kDir * k for k = 1, 2, ..., traced one
+// record per step(): the filter part whatever the status (past the end of the
+// line the integrators extrapolate), then an extension step only while the
+// output point it completes, nFilter records behind, is valid.
 template <int kDir, class Next>
-VELK_ALWAYS_INLINE int traceRecords(Next&& next, Vec2f* centre, VelkCompute::LinePoint* points,
-                                    int n, int nExtension) {
-    for (int k = 1; k <= n; k++) centre[kDir * k] = next(points[kDir * k].status);
-    int j = 0;
-    while (j < nExtension && points[kDir * (1 + j)].status == 0) {
-        const int i = kDir * (n + 1 + j);
-        centre[i] = next(points[i].status);
-        j++;
+class SideTrace {
+  public:
+    SideTrace(Next next, Vec2f* centre, VelkCompute::LinePoint* points, int n, int nExtension)
+        : next(next), centre(centre), points(points), n(n), nExtension(nExtension) {}
+
+    // Traces one more record; false once the side is complete.
+    VELK_ALWAYS_INLINE bool step() {
+        if (k > n) {
+            if (!(extension < nExtension && points[kDir * (1 + extension)].status == 0)) {
+                return false;
+            }
+            extension++;
+        }
+        centre[kDir * k] = next(points[kDir * k].status);
+        k++;
+        return true;
     }
-    return j;
+    // The whole side.
+    VELK_ALWAYS_INLINE void run() {
+        while (step()) {
+        }
+    }
+    int extensionSteps() const { return extension; }
+
+  private:
+    Next next;
+    Vec2f* centre;
+    VelkCompute::LinePoint* points;
+    int n, nExtension;
+    int k = 1;
+    int extension = 0;
+};
+
+template <int kDir, class Next>
+SideTrace<kDir, Next> sideTrace(Next next, Vec2f* centre, VelkCompute::LinePoint* points, int n,
+                                int nExtension) {
+    return SideTrace<kDir, Next>(next, centre, points, n, nExtension);
 }
 
-// The engine's own integrators are stepped without a virtual call per point;
-// any other integrator through next().
-template <int kDir>
-int traceSide(VelkIntegrator& integrator, Vec2f* centre, VelkCompute::LinePoint* points, int n,
-              int nExtension) {
+enum IntegratorKind { kGeneric, kAdaptive, kMidpoint };
+
+IntegratorKind kindOf(const VelkIntegrator& integrator) {
     const std::type_info& type = typeid(integrator);
-    if (type == typeid(RK43) || type == typeid(RKCK) || type == typeid(RKDP)) {
-        velk::AdaptiveCursor cursor(static_cast<AdaptiveIntegrator&>(integrator));
-        const int steps = traceRecords<kDir>([&](int& status) { return cursor.next(status); },
-                                             centre, points, n, nExtension);
-        cursor.finish();
-        return steps;
-    }
-    if (type == typeid(Midpoint)) {
-        Midpoint& midpoint = static_cast<Midpoint&>(integrator);
-        return traceRecords<kDir>(
+    if (type == typeid(RK43) || type == typeid(RKCK) || type == typeid(RKDP)) return kAdaptive;
+    if (type == typeid(Midpoint)) return kMidpoint;
+    return kGeneric;
+}
+
+// Both sides of a line; sets the extension steps of each. The engine's own
+// integrators are stepped without a virtual call per point, any other
+// integrator through next().
+void traceLine(VelkIntegrator& forward, VelkIntegrator& backward, Vec2f* centre,
+               VelkCompute::LinePoint* points, int n, int nExtension, int& ahead, int& behind) {
+    const IntegratorKind kind = kindOf(forward);
+    if (kind == kAdaptive && kindOf(backward) == kAdaptive && &forward != &backward) {
+        velk::AdaptiveCursor f(static_cast<AdaptiveIntegrator&>(forward));
+        velk::AdaptiveCursor b(static_cast<AdaptiveIntegrator&>(backward));
+        auto ahead_ = sideTrace<+1>([&](int& status) { return f.next(status); }, centre, points, n,
+                                    nExtension);
+        ahead_.run();
+        auto behind_ = sideTrace<-1>([&](int& status) { return b.next(status); }, centre, points, n,
+                                     nExtension);
+        behind_.run();
+        f.finish();
+        b.finish();
+        ahead = ahead_.extensionSteps();
+        behind = behind_.extensionSteps();
+    } else if (kind == kMidpoint && kindOf(backward) == kMidpoint && &forward != &backward) {
+        Midpoint& f = static_cast<Midpoint&>(forward);
+        Midpoint& b = static_cast<Midpoint&>(backward);
+        auto ahead_ = sideTrace<+1>(
             [&](int& status) {
-                velk::midpointStep(midpoint);
-                status = midpoint.status;
-                return midpoint.pos;
+                velk::midpointStep(f);
+                status = f.status;
+                return f.pos;
             },
             centre, points, n, nExtension);
+        auto behind_ = sideTrace<-1>(
+            [&](int& status) {
+                velk::midpointStep(b);
+                status = b.status;
+                return b.pos;
+            },
+            centre, points, n, nExtension);
+        // Each midpoint step is a chain of dependent operations; stepping the
+        // two independent sides in turn lets the processor overlap them.
+        bool moreAhead = true, moreBehind = true;
+        while (moreAhead && moreBehind) {
+            moreAhead = ahead_.step();
+            moreBehind = behind_.step();
+        }
+        if (moreAhead) ahead_.run();
+        if (moreBehind) behind_.run();
+        ahead = ahead_.extensionSteps();
+        behind = behind_.extensionSteps();
+    } else {
+        auto ahead_ = sideTrace<+1>([&](int& status) { return forward.next(status); }, centre,
+                                    points, n, nExtension);
+        ahead_.run();
+        auto behind_ = sideTrace<-1>([&](int& status) { return backward.next(status); }, centre,
+                                     points, n, nExtension);
+        behind_.run();
+        ahead = ahead_.extensionSteps();
+        behind = behind_.extensionSteps();
     }
-    return traceRecords<kDir>([&](int& status) { return integrator.next(status); }, centre, points,
-                              n, nExtension);
 }
 
 }  // namespace
@@ -530,8 +598,8 @@ void VelkCompute::sample(const Vec2f& seed) {
     const int c = nTotal;
     positions[c] = seed;
 
-    const int ahead = traceSide<+1>(*forward, positions + c, points + c, n, nExtension);
-    const int behind = traceSide<-1>(*backward, positions + c, points + c, n, nExtension);
+    int ahead = 0, behind = 0;
+    traceLine(*forward, *backward, positions + c, points + c, n, nExtension, ahead, behind);
     const int lo = c - n - behind;
     const int hi = c + n + ahead;
 
