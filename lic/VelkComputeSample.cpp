@@ -1,8 +1,6 @@
-#include <climits>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <type_traits>
 #include <typeinfo>
@@ -31,19 +29,14 @@ inline float bilinear(float p00, float p10, float p01, float p11, float fx, floa
 struct Texture {
     const unsigned char* data;
     std::ptrdiff_t bytesPerLine;
-    int bytesPerLine32;
     int nChannels;
     float periodX;  // width - 1: the last column repeats the first
     float periodY;
 };
 
 inline Texture textureOf(const VelkImage* image) {
-    return {image->data,
-            image->bytesPerLine,
-            image->bytesPerLine,
-            image->nChannels,
-            static_cast<float>(image->width - 1),
-            static_cast<float>(image->height - 1)};
+    return {image->data, image->bytesPerLine, image->nChannels,
+            static_cast<float>(image->width - 1), static_cast<float>(image->height - 1)};
 }
 
 // Periodic wrap and split into texel and fractions; null when no wrapped
@@ -226,7 +219,6 @@ struct RecordFill {
     VelkCompute::PixelLookup getPixel;
     const int* accum;
     int cellStride;
-    bool narrowOffsets;  // every texel offset of the image fits in an int
 };
 
 enum LookupKind {
@@ -237,14 +229,6 @@ enum LookupKind {
     kLookupConstN
 };
 
-inline bool narrowOffsets(const VelkImage& image) {
-    const long long rows = std::llabs(static_cast<long long>(image.bytesPerLine));
-    return rows * (static_cast<long long>(image.height) + 2) +
-               std::llabs(static_cast<long long>(image.nChannels)) *
-                   (static_cast<long long>(image.width) + 2) <
-           INT_MAX;
-}
-
 template <bool kSubPixels>
 __attribute__((always_inline)) inline int subPixelOf(const RecordFill& f, float xw, float yw) {
     if (!kSubPixels) return 0;
@@ -253,8 +237,9 @@ __attribute__((always_inline)) inline int subPixelOf(const RecordFill& f, float 
 }
 
 // Fills one record from its traced position p: the output pixel and sub-pixel
-// the point falls in, and the texture value(s) there.
-template <LookupKind kLookup, bool kSubPixels>
+// the point falls in (only for output records, kPixels), and the texture
+// value(s) there.
+template <LookupKind kLookup, bool kSubPixels, bool kPixels>
 __attribute__((always_inline)) inline void fillRecord(const RecordFill& f, Vec2f p,
                                                       VelkCompute::LinePoint& point, int* out) {
     constexpr bool kBilinear = kLookup == kLookupBilinear1 || kLookup == kLookupBilinearN;
@@ -262,6 +247,14 @@ __attribute__((always_inline)) inline void fillRecord(const RecordFill& f, Vec2f
     const Texture& t = f.texture;
     const float tx = p.x * f.xScale;
     const float ty = p.y * f.yScale;
+    if (!kPixels) {
+        if (kLookup == kLookupPointer) {
+            f.getPixel(f.input, tx, ty, out);
+        } else {
+            lookup<kBilinear, kChannels>(t, tx, ty, out);
+        }
+        return;
+    }
 
     // Inside the field and within the first texture period, the usual case:
     // neither position wraps, and the texel is the output pixel (trunc(xScale
@@ -324,39 +317,84 @@ inline Float4 splat(float v) {
     return Float4{v, v, v, v};
 }
 
-// Four records of a one-channel texture at once, lane by lane the operations
-// of the usual case of fillRecord. Returns false, having written nothing, when
-// one of the points needs another case.
-template <bool kBilinear, bool kSubPixels>
-__attribute__((always_inline)) inline bool fillFour(const RecordFill& f, const Vec2f* positions,
-                                                    VelkCompute::LinePoint* points, int* out) {
-    const Texture& t = f.texture;
-    Float4 a, b;
-    std::memcpy(&a, positions, sizeof a);
-    std::memcpy(&b, positions + 2, sizeof b);
-    const Float4 x = __builtin_shufflevector(a, b, 0, 2, 4, 6);
-    const Float4 y = __builtin_shufflevector(a, b, 1, 3, 5, 7);
-    const Float4 tx = x * splat(f.xScale);
-    const Float4 ty = y * splat(f.yScale);
-    const Float4 zero = splat(0.0f);
-    const Int4 usual = (x >= zero) & (x <= splat(f.xMax)) & (y >= zero) & (y <= splat(f.yMax)) &
-                       (tx < splat(t.periodX)) & (ty < splat(t.periodY));
-    if ((usual[0] & usual[1] & usual[2] & usual[3]) == 0) return false;
+inline Int4 splat(int v) {
+    return Int4{v, v, v, v};
+}
 
+inline Float4 select(Int4 mask, Float4 a, Float4 b) {
+    return reinterpret_cast<Float4>((mask & reinterpret_cast<Int4>(a)) |
+                                    (~mask & reinterpret_cast<Int4>(b)));
+}
+
+inline Int4 select(Int4 mask, Int4 a, Int4 b) {
+    return (mask & a) | (~mask & b);
+}
+
+inline bool allOf(Int4 mask) {
+    return (mask[0] & mask[1] & mask[2] & mask[3]) != 0;
+}
+
+// Below 2^24, integers and their sums and products are exact in single
+// precision: fillFour forms pixel indices and texel offsets as floats where
+// they stay below.
+const double kExactFloatInts = 16777216.0;
+
+// What fillFour needs, in all four lanes, set up once per line.
+struct Lanes {
+    Float4 xScale, yScale, xMax, yMax, periodX, periodY, twoPeriodsX, twoPeriodsY;
+    Float4 width, rowBytes, channels;
+    Int4 widthInt, heightInt, spare;
+    bool wrappable;     // both periods positive
+    bool smallOffsets;  // every texel offset below 2^24 (else 64-bit offsets)
+
+    explicit Lanes(const RecordFill& f)
+        : xScale(splat(f.xScale)),
+          yScale(splat(f.yScale)),
+          xMax(splat(f.xMax)),
+          yMax(splat(f.yMax)),
+          periodX(splat(f.texture.periodX)),
+          periodY(splat(f.texture.periodY)),
+          twoPeriodsX(splat(2.0f * f.texture.periodX)),
+          twoPeriodsY(splat(2.0f * f.texture.periodY)),
+          width(splat(static_cast<float>(f.width))),
+          rowBytes(splat(static_cast<float>(f.texture.bytesPerLine))),
+          channels(splat(static_cast<float>(f.texture.nChannels))),
+          widthInt(splat(f.width)),
+          heightInt(splat(f.height)),
+          spare(splat(f.width * f.height)),
+          wrappable(f.texture.periodX > 0.0f && f.texture.periodY > 0.0f) {
+        const Texture& t = f.texture;
+        smallOffsets = t.bytesPerLine >= 0 && t.nChannels >= 0 &&
+                       static_cast<double>(t.bytesPerLine) * (t.periodY + 2.0) +
+                               static_cast<double>(t.nChannels) * (t.periodX + 2.0) <
+                           kExactFloatInts;
+    }
+};
+
+// Whether fillFour serves the image: fewer than 2^24 output pixels.
+inline bool smallImage(const RecordFill& f) {
+    return static_cast<double>(f.width) * f.height + 1.0 < kExactFloatInts;
+}
+
+// The second half of fillFour: output pixels (kPixels; with, for lanes inside
+// the domain, the sub-pixels of the positions xw, yw) and the texture values
+// at (tx, ty), already wrapped into the first period.
+template <bool kBilinear, bool kSubPixels, bool kPixels>
+__attribute__((always_inline)) inline void finishFour(const RecordFill& f, const Lanes& l,
+                                                      Int4 pixel, Int4 inside, Float4 xw, Float4 yw,
+                                                      Float4 tx, Float4 ty,
+                                                      VelkCompute::LinePoint* points, int* out) {
+    const Texture& t = f.texture;
     const Int4 ix = __builtin_convertvector(tx, Int4);
     const Int4 iy = __builtin_convertvector(ty, Int4);
-    const Float4 fx = tx - __builtin_convertvector(ix, Float4);
-    const Float4 fy = ty - __builtin_convertvector(iy, Float4);
-    const Int4 pixel = ix + iy * Int4{f.width, f.width, f.width, f.width};
-    int index[4];
-    std::memcpy(index, &pixel, sizeof index);
-    // The texels of the four points: offsets in 32 bits when the image allows.
+    const Float4 column = __builtin_convertvector(ix, Float4);
+    const Float4 row = __builtin_convertvector(iy, Float4);
+    const Float4 fx = tx - column;
+    const Float4 fy = ty - row;
     std::ptrdiff_t offset[4];
-    if (f.narrowOffsets) {
-        const Int4 narrow =
-            iy * Int4{t.bytesPerLine32, t.bytesPerLine32, t.bytesPerLine32, t.bytesPerLine32} +
-            ix * Int4{t.nChannels, t.nChannels, t.nChannels, t.nChannels};
-        for (int k = 0; k < 4; k++) offset[k] = narrow[k];
+    if (l.smallOffsets) {
+        const Int4 small = __builtin_convertvector(row * l.rowBytes + column * l.channels, Int4);
+        for (int k = 0; k < 4; k++) offset[k] = small[k];
     } else {
         for (int k = 0; k < 4; k++) {
             offset[k] = static_cast<std::ptrdiff_t>(iy[k]) * t.bytesPerLine +
@@ -365,10 +403,12 @@ __attribute__((always_inline)) inline bool fillFour(const RecordFill& f, const V
     }
     const unsigned char* q[4];
     for (int k = 0; k < 4; k++) {
-        VelkCompute::LinePoint& point = points[k];
-        point.pixel = index[k];
-        __builtin_prefetch(f.accum + static_cast<std::ptrdiff_t>(index[k]) * f.cellStride, 1);
-        point.subPixel = subPixelOf<kSubPixels>(f, x[k], y[k]);
+        if (kPixels) {
+            VelkCompute::LinePoint& point = points[k];
+            point.pixel = pixel[k];
+            __builtin_prefetch(f.accum + static_cast<std::ptrdiff_t>(pixel[k]) * f.cellStride, 1);
+            point.subPixel = inside[k] ? subPixelOf<kSubPixels>(f, xw[k], yw[k]) : 0;
+        }
         q[k] = t.data + offset[k];
     }
     Int4 values;
@@ -379,7 +419,7 @@ __attribute__((always_inline)) inline bool fillFour(const RecordFill& f, const V
                           q[3][0] | q[3][1] << 8};
         const Int4 high = {q[0][up] | q[0][up + 1] << 8, q[1][up] | q[1][up + 1] << 8,
                            q[2][up] | q[2][up + 1] << 8, q[3][up] | q[3][up + 1] << 8};
-        const Int4 byte = {0xff, 0xff, 0xff, 0xff};
+        const Int4 byte = splat(0xff);
         const Float4 P00 = __builtin_convertvector(low & byte, Float4);
         const Float4 P10 = __builtin_convertvector(low >> 8, Float4);
         const Float4 P01 = __builtin_convertvector(high & byte, Float4);
@@ -390,38 +430,119 @@ __attribute__((always_inline)) inline bool fillFour(const RecordFill& f, const V
         values = Int4{q[0][0], q[1][0], q[2][0], q[3][0]};
     }
     std::memcpy(out, &values, sizeof values);
+}
+
+// Four records of a one-channel texture at once, lane by lane the operations
+// of fillRecord (kPixels: with the output pixels). Returns false, having
+// written nothing, when one of the points lies so far out (or is not a number)
+// that its texture position needs more than two periods of wrapping;
+// fillRecord takes those.
+template <bool kBilinear, bool kSubPixels, bool kPixels>
+__attribute__((always_inline)) inline bool fillFour(const RecordFill& f, const Lanes& l,
+                                                    const Vec2f* positions,
+                                                    VelkCompute::LinePoint* points, int* out) {
+    Float4 a, b;
+    std::memcpy(&a, positions, sizeof a);
+    std::memcpy(&b, positions + 2, sizeof b);
+    const Float4 x = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+    const Float4 y = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+    const Float4 tx = x * l.xScale;
+    const Float4 ty = y * l.yScale;
+    const Float4 zero = {};
+    const Int4 yes = splat(-1);
+    if (kPixels) {
+        if (allOf((x >= zero) & (x <= l.xMax) & (y >= zero) & (y <= l.yMax) & (tx < l.periodX) &
+                  (ty < l.periodY))) {
+            // No wrapping, and the texel is the output pixel.
+            const Float4 pixel =
+                __builtin_convertvector(__builtin_convertvector(ty, Int4), Float4) * l.width +
+                __builtin_convertvector(__builtin_convertvector(tx, Int4), Float4);
+            finishFour<kBilinear, kSubPixels, true>(f, l, __builtin_convertvector(pixel, Int4), yes,
+                                                    x, y, tx, ty, points, out);
+            return true;
+        }
+    } else if (allOf((tx >= zero) & (tx < l.periodX) & (ty >= zero) & (ty < l.periodY))) {
+        finishFour<kBilinear, kSubPixels, false>(f, l, yes, yes, x, y, tx, ty, points, out);
+        return true;
+    }
+
+    // The texture position, wrapped as velk::wrapPeriodic does when it is
+    // less than two periods away: at most two additions, then at most one
+    // subtraction (of a value below two periods: exact).
+    if (!l.wrappable || !allOf((tx < l.twoPeriodsX) & (-tx < l.twoPeriodsX) & (ty < l.twoPeriodsY) &
+                               (-ty < l.twoPeriodsY))) {
+        return false;
+    }
+    Float4 u = tx, v = ty;
+    u = select(u < zero, u + l.periodX, u);
+    u = select(u < zero, u + l.periodX, u);
+    u = select(u >= l.periodX, u - l.periodX, u);
+    v = select(v < zero, v + l.periodY, v);
+    v = select(v < zero, v + l.periodY, v);
+    v = select(v >= l.periodY, v - l.periodY, v);
+    if (!kPixels) {
+        finishFour<kBilinear, kSubPixels, false>(f, l, yes, yes, x, y, u, v, points, out);
+        return true;
+    }
+
+    // One periodic correction of the position for the output pixel.
+    const Float4 xw = select(x < zero, x + l.xMax, select(x > l.xMax, x - l.xMax, x));
+    const Float4 yw = select(y < zero, y + l.yMax, select(y > l.yMax, y - l.yMax, y));
+    const Int4 inside = (xw >= zero) & (xw <= l.xMax) & (yw >= zero) & (yw <= l.yMax);
+    Int4 px = __builtin_convertvector(select(inside, l.xScale * xw, zero), Int4);
+    Int4 py = __builtin_convertvector(select(inside, l.yScale * yw, zero), Int4);
+    const Int4 one = splat(1);
+    px = select(px >= l.widthInt, l.widthInt - one, px);
+    py = select(py >= l.heightInt, l.heightInt - one, py);
+    const Float4 pixel =
+        __builtin_convertvector(py, Float4) * l.width + __builtin_convertvector(px, Float4);
+    finishFour<kBilinear, kSubPixels, true>(
+        f, l, select(inside, __builtin_convertvector(pixel, Int4), l.spare), inside, xw, yw, u, v,
+        points, out);
     return true;
 }
 
-// Fills records lo .. hi from the traced positions.
+// Fills records lo .. hi from the traced positions. Only the output records,
+// first .. last, need their output pixels; the others only feed the kernel
+// with their texture values.
 template <LookupKind kLookup, bool kSubPixels>
-void fillRecords(const RecordFill f, const Vec2f* positions, VelkCompute::LinePoint* points,
-                 int* samples, int lo, int hi) {
+void fillRecords(const RecordFill& f, const Vec2f* positions, VelkCompute::LinePoint* points,
+                 int* samples, int lo, int first, int last, int hi) {
+    constexpr bool kBilinear = kLookup == kLookupBilinear1;
     int i = lo;
-    if ((kLookup == kLookupBilinear1 || kLookup == kLookupConst1) && f.channels == 1) {
+    if ((kLookup == kLookupBilinear1 || kLookup == kLookupConst1) && f.channels == 1 &&
+        smallImage(f)) {
+        const Lanes lanes(f);
         for (; i + 3 <= hi; i += 4) {
-            if (fillFour<kLookup == kLookupBilinear1, kSubPixels>(f, positions + i, points + i,
-                                                                  samples + i)) {
+            const bool pixels = i + 3 >= first && i <= last;
+            if (pixels ? fillFour<kBilinear, kSubPixels, true>(f, lanes, positions + i, points + i,
+                                                               samples + i)
+                       : fillFour<kBilinear, kSubPixels, false>(f, lanes, positions + i, points + i,
+                                                                samples + i)) {
                 continue;
             }
             for (int k = i; k < i + 4; k++) {
-                fillRecord<kLookup, kSubPixels>(f, positions[k], points[k], samples + k);
+                fillRecord<kLookup, kSubPixels, true>(f, positions[k], points[k], samples + k);
             }
         }
     }
     for (; i <= hi; i++) {
-        fillRecord<kLookup, kSubPixels>(f, positions[i], points[i],
-                                        samples + static_cast<std::ptrdiff_t>(i) * f.channels);
+        int* out = samples + static_cast<std::ptrdiff_t>(i) * f.channels;
+        if (i >= first && i <= last) {
+            fillRecord<kLookup, kSubPixels, true>(f, positions[i], points[i], out);
+        } else {
+            fillRecord<kLookup, kSubPixels, false>(f, positions[i], points[i], out);
+        }
     }
 }
 
 template <LookupKind kLookup>
 void fillRecords(const RecordFill& f, const Vec2f* positions, VelkCompute::LinePoint* points,
-                 int* samples, int lo, int hi) {
+                 int* samples, int lo, int first, int last, int hi) {
     if (f.subPixels == 1) {
-        fillRecords<kLookup, false>(f, positions, points, samples, lo, hi);
+        fillRecords<kLookup, false>(f, positions, points, samples, lo, first, last, hi);
     } else {
-        fillRecords<kLookup, true>(f, positions, points, samples, lo, hi);
+        fillRecords<kLookup, true>(f, positions, points, samples, lo, first, last, hi);
     }
 }
 
@@ -605,19 +726,19 @@ void VelkCompute::sample(const Vec2f& seed) {
 
     // The records are filled after the tracing: the loop keeps the engine's
     // scales in registers instead of reloading them around every call.
-    const RecordFill fill = {
-        xMax,      yMax,  xScale,           yScale,   width, height,     numSubPixels,
-        nChannels, input, textureOf(input), getPixel, accum, cellStride, narrowOffsets(*input)};
+    const RecordFill fill = {xMax,     yMax,         xScale,    yScale, width,
+                             height,   numSubPixels, nChannels, input,  textureOf(input),
+                             getPixel, accum,        cellStride};
     if (getPixel == getPixelBilinear1) {
-        fillRecords<kLookupBilinear1>(fill, positions, points, samples, lo, hi);
+        fillRecords<kLookupBilinear1>(fill, positions, points, samples, lo, lo + n, hi - n, hi);
     } else if (getPixel == getPixelConst1) {
-        fillRecords<kLookupConst1>(fill, positions, points, samples, lo, hi);
+        fillRecords<kLookupConst1>(fill, positions, points, samples, lo, lo + n, hi - n, hi);
     } else if (getPixel == getPixelBilinearN) {
-        fillRecords<kLookupBilinearN>(fill, positions, points, samples, lo, hi);
+        fillRecords<kLookupBilinearN>(fill, positions, points, samples, lo, lo + n, hi - n, hi);
     } else if (getPixel == getPixelConstN) {
-        fillRecords<kLookupConstN>(fill, positions, points, samples, lo, hi);
+        fillRecords<kLookupConstN>(fill, positions, points, samples, lo, lo + n, hi - n, hi);
     } else {
-        fillRecords<kLookupPointer>(fill, positions, points, samples, lo, hi);
+        fillRecords<kLookupPointer>(fill, positions, points, samples, lo, lo + n, hi - n, hi);
     }
 
     // The library's lookups deliver bytes; a host's own may not.
