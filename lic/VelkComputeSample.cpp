@@ -41,9 +41,9 @@ inline Texture textureOf(const VelkImage* image) {
 
 // Periodic wrap and split into texel and fractions; null when no wrapped
 // position exists (an image narrower or lower than 2 pixels, a coordinate that
-// is not finite).
+// is not finite). Pixels lie `step` bytes apart within a row.
 __attribute__((always_inline)) inline const unsigned char* texel(const Texture& t, float x, float y,
-                                                                 float& fx, float& fy) {
+                                                                 float& fx, float& fy, int step) {
     // Most points lie within the first period and need no wrapping.
     if (!(x >= 0.0f && x < t.periodX) && !velk::wrapPeriodic(x, t.periodX)) return nullptr;
     if (!(y >= 0.0f && y < t.periodY) && !velk::wrapPeriodic(y, t.periodY)) return nullptr;
@@ -52,7 +52,14 @@ __attribute__((always_inline)) inline const unsigned char* texel(const Texture& 
     fx = x - static_cast<float>(ix);
     fy = y - static_cast<float>(iy);
     return t.data + static_cast<std::ptrdiff_t>(iy) * t.bytesPerLine +
-           static_cast<std::ptrdiff_t>(ix) * t.nChannels;
+           static_cast<std::ptrdiff_t>(ix) * step;
+}
+
+// Bytes from one pixel to the next as a lookup addresses them: nChannels, but
+// the one-channel constant lookup reads the bytes of a row one by one.
+template <bool kBilinear, int kChannels>
+inline int pixelStep(const Texture& t) {
+    return !kBilinear && kChannels == 1 ? 1 : t.nChannels;
 }
 
 // The four lookups at a texel p (null: nothing to read, zeros) with fractions
@@ -71,7 +78,7 @@ __attribute__((always_inline)) inline void readTexel(const Texture& t, const uns
         return;
     }
     // The right neighbour is one pixel (t.nChannels bytes) further.
-    const int right = kChannels != 0 ? 1 : t.nChannels;
+    const int right = t.nChannels;
     const unsigned char* q = p + t.bytesPerLine;
     for (int ch = 0; ch < nch; ch++) {
         out[ch] = static_cast<int>(bilinear(p[ch], p[ch + right], q[ch], q[ch + right], fx, fy));
@@ -81,7 +88,7 @@ __attribute__((always_inline)) inline void readTexel(const Texture& t, const uns
 template <bool kBilinear, int kChannels>
 __attribute__((always_inline)) inline void lookup(const Texture& t, float x, float y, int* out) {
     float fx = 0.0f, fy = 0.0f;
-    const unsigned char* p = texel(t, x, y, fx, fy);
+    const unsigned char* p = texel(t, x, y, fx, fy, pixelStep<kBilinear, kChannels>(t));
     readTexel<kBilinear, kChannels>(t, p, fx, fy, out);
 }
 
@@ -269,8 +276,9 @@ __attribute__((always_inline)) inline void fillRecord(const RecordFill& f, Vec2f
         point.subPixel = subPixelOf<kSubPixels>(f, p.x, p.y);
         const float fx = tx - static_cast<float>(ix);
         const float fy = ty - static_cast<float>(iy);
-        const unsigned char* q = t.data + static_cast<std::ptrdiff_t>(iy) * t.bytesPerLine +
-                                 static_cast<std::ptrdiff_t>(ix) * t.nChannels;
+        const unsigned char* q =
+            t.data + static_cast<std::ptrdiff_t>(iy) * t.bytesPerLine +
+            static_cast<std::ptrdiff_t>(ix) * pixelStep<kBilinear, kChannels>(t);
         readTexel<kBilinear, kChannels>(t, q, fx, fy, out);
         return;
     }
@@ -511,7 +519,7 @@ void fillRecords(const RecordFill& f, const Vec2f* positions, VelkCompute::LineP
     constexpr bool kBilinear = kLookup == kLookupBilinear1;
     int i = lo;
     if ((kLookup == kLookupBilinear1 || kLookup == kLookupConst1) && f.channels == 1 &&
-        smallImage(f)) {
+        f.texture.nChannels == 1 && smallImage(f)) {
         const Lanes lanes(f);
         for (; i + 3 <= hi; i += 4) {
             const bool pixels = i + 3 >= first && i <= last;
