@@ -24,7 +24,8 @@ class VELK_EXPORT VelkCompute {
     enum FilterKernel : int { BOX = 0, TRIANGLE = 1, CUBIC = 2 };
     enum InterpolationMethod : int { CONSTANT = 0, BILINEAR = 1 };
 
-    // One point of a traced line.
+    // One point of a traced line. Only output records (at least nFilter records
+    // from either end of the traced part) get their pixel and sub-pixel.
     struct LinePoint {
         int pixel;     // output pixel px + py * width
         int subPixel;  // sx + numSubPixels * sy
@@ -69,7 +70,7 @@ class VELK_EXPORT VelkCompute {
     // cell behind the last pixel takes the points that lie outside the image.
     int* accum;
     int* samples;           // texture values of a line, nChannels per record
-    std::int64_t* sums;     // running sums of a line (wide: they cannot overflow)
+    std::int64_t* sums;     // wide running sums of a line, where 32 bits would not do
     LinePoint* points;      // 2 * nTotal + 1 records; the seed is record nTotal
     int zaehlrohr[256][2];  // histogram for evalZaehlrohr, filled by the host
     PixelLookup getPixel;
