@@ -1,6 +1,7 @@
 // VelkImage::readPNM on arbitrary files; a loaded image must survive a
 // binary write and read unchanged.
 
+#include <climits>
 #include <cstring>
 
 #include "FuzzSupport.h"
@@ -39,6 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     bool colour = data[1] == '6' || data[1] == '3';
     FUZZ_CHECK(image.nChannels == (colour ? 3 : 1));
     FUZZ_CHECK(image.width >= 0 && image.height >= 0);
+    // Rows the container's int arithmetic can address, even when there are none.
+    FUZZ_CHECK(static_cast<long long>(image.width) * image.nChannels <= INT_MAX);
     FUZZ_CHECK(image.bytesPerLine == image.width * image.nChannels);
     long long bytes = static_cast<long long>(image.bytesPerLine) * image.height;
     FUZZ_CHECK(bytes == 0 || image.data != nullptr);

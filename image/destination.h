@@ -37,9 +37,12 @@ class Destination {
 };
 
 // Byte count of a compact width x height x channels image, or -1 when a size
-// is negative or the count does not fit the int arithmetic of the container.
+// is negative or the count does not fit the int arithmetic of the container;
+// that includes the bytes of one row, also when there are no rows.
 inline int imageBytes(long long width, long long height, long long channels) {
     if (width < 0 || height < 0 || channels < 0) return -1;
+    if (width > 0x7fffffffLL || channels > 0x7fffffffLL) return -1;
+    if (width * channels > 0x7fffffffLL) return -1;
     long long bytes = width * height;
     if (bytes > 0x7fffffffLL) return -1;
     bytes *= channels;
