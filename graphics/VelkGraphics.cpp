@@ -77,6 +77,22 @@ class Pen {
         }
     }
 
+    // The pixels of r outside `done`: the rows of r above and below `done`,
+    // and beside it the columns to its left and right.
+    void paintBeyond(const Rect& r, const Rect& done) const {
+        if (r.empty()) return;
+        if (done.empty() || done.x1 < r.x0 || done.x0 > r.x1 || done.y1 < r.y0 || done.y0 > r.y1) {
+            paint(r);
+            return;
+        }
+        const std::int64_t y0 = std::max(r.y0, done.y0);
+        const std::int64_t y1 = std::min(r.y1, done.y1);
+        paint({r.x0, r.x1, r.y0, y0 - 1});
+        paint({r.x0, r.x1, y1 + 1, r.y1});
+        paint({r.x0, std::min(r.x1, done.x0 - 1), y0, y1});
+        paint({std::max(r.x0, done.x1 + 1), r.x1, y0, y1});
+    }
+
     // Centres (along one axis of `size` pixels) whose square reaches into
     // the image, and those whose square spans all of it.
     std::int64_t reachLo() const { return static_cast<std::int64_t>(half) - width + 1; }
@@ -322,9 +338,11 @@ void VelkGraphics::drawLine(VelkImage& image, int x0, int y0, int x1, int y1) {
         const std::int64_t u = w.u0 + w.su * k;
         const std::int64_t v = w.v0 + w.sv * d;
         Rect r = steep ? pen.square(v, u) : pen.square(u, v);
-        // Painting the same pixels again changes nothing.
+        // Painting the same pixels again changes nothing, so only the part of
+        // the square that the previous one did not cover is painted: a wide
+        // pen costs its width per step, not its area.
         if (!(r == painted)) {
-            pen.paint(r);
+            pen.paintBeyond(r, painted);
             painted = r;
         }
         if (k == last) break;
