@@ -30,6 +30,8 @@ double processSeconds() {
     return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
 }
 
+// The same 256 x 256 circular field for every image size, as a host's data
+// would be, and a noise texture of the image's size.
 struct Scene {
     VelkVectorField field;
     VelkImage texture;
@@ -138,8 +140,9 @@ BENCHMARK(BM_LicClassic)
     ->MeasureProcessCPUTime();
 
 // 2. The engine with its defaults (RK43, triangle kernel, L = 20): image sizes
-// 256 to 4096 (time per pixel should stay flat), and at 1024 the filter lengths
-// 10 to 80 (the records grow 1.77 times from L = 10 to 80, the kernel adds nothing).
+// 256 to 4096 (time per pixel should stay flat; the field's 256 x 256 cells
+// span 1 to 16 pixels), and at 1024 the filter lengths 10 to 80 (the records
+// grow 1.77 times from L = 10 to 80, the kernel adds nothing).
 static void BM_LicDefaults(benchmark::State& state) {
     const int size = imageSize(state.range(0));
     Scene scene(size, 1);
