@@ -170,6 +170,38 @@ BENCHMARK(BM_LicDefaults)
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime();
 
+// The growth from L = 10 to L = 80 with the defaults at 1024 x 1024, both
+// lengths computed in turn within every iteration, so that a machine whose
+// speed drifts (other jobs, clock changes) affects both alike. Counters: the
+// median times and their ratio.
+static void BM_LicLengthGrowth(benchmark::State& state) {
+    const int size = imageSize(1024);
+    Scene scene(size, 1);
+    VelkImage output;
+    VelkCompute shortKernel, longKernel;
+    for (VelkCompute* engine : {&shortKernel, &longKernel}) engine->setNormalization(0.0f);
+    shortKernel.setFilterLength(10.0f);
+    longKernel.setFilterLength(80.0f);
+    std::vector<double> shortTimes, longTimes;
+    for (auto _ : state) {
+        double t0 = processSeconds();
+        shortKernel.compute(&scene.field, &scene.texture, &output);
+        shortTimes.push_back(processSeconds() - t0);
+        t0 = processSeconds();
+        longKernel.compute(&scene.field, &scene.texture, &output);
+        longTimes.push_back(processSeconds() - t0);
+        benchmark::DoNotOptimize(output.data);
+    }
+    std::sort(shortTimes.begin(), shortTimes.end());
+    std::sort(longTimes.begin(), longTimes.end());
+    const double shortMedian = shortTimes[shortTimes.size() / 2];
+    const double longMedian = longTimes[longTimes.size() / 2];
+    state.counters["L10 ms"] = 1e3 * shortMedian;
+    state.counters["L80 ms"] = 1e3 * longMedian;
+    state.counters["L80/L10"] = longMedian / shortMedian;
+}
+BENCHMARK(BM_LicLengthGrowth)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
+
 // 3. Each kernel (0 box, 1 triangle, 2 cubic) with 1, 2 and 3 sub-pixels, on
 // grey and RGB textures of 1024 x 1024; RK43, L = 20.
 static void BM_LicSettings(benchmark::State& state) {
