@@ -121,12 +121,17 @@ int VelkImage::readPNM(const char* filename) {
 
     bool binary = magic[1] == '5' || magic[1] == '6';
     int rowBytes = width * channels;
-    if (binary) {
+    // Empty rows hold nothing to read, however many the header announces.
+    if (rowBytes > 0 && binary) {
         for (int y = height - 1; y >= 0; y--) {
-            size_t got = std::fread(data + y * rowBytes, 1, rowBytes, file);
-            (void)got;  // short files leave the rest of the buffer as it was
+            // A short file leaves the rest of the buffer as it was; the rows
+            // after the end of the file would only read nothing again.
+            if (std::fread(data + y * rowBytes, 1, rowBytes, file) <
+                static_cast<size_t>(rowBytes)) {
+                break;
+            }
         }
-    } else {
+    } else if (rowBytes > 0) {
         SampleScanner scanner(file);
         for (int y = height - 1; y >= 0; y--) {
             unsigned char* p = data + y * rowBytes;
