@@ -13,7 +13,7 @@ namespace velkfuzz {
 // An image to draw into, of a size and channel count chosen from the input.
 // Half of them borrow a buffer with padded rows, allocated to the exact size
 // so that the sanitizer sees any overrun; the padding holds a pattern that
-// drawing must leave alone. With `large`, one in 32 is a 48-megabyte grey
+// drawing must leave alone. With `large`, one in 128 is a 48-megabyte grey
 // image, whose RGB version is beyond the fuzzers' allocation limit.
 class TargetImage {
   public:
@@ -22,7 +22,7 @@ class TargetImage {
         int w = choices.range(0, 40);
         int h = choices.range(0, 40);
         int c = choices.pick(kChannels);
-        if (large && choices.range(0, 31) == 0) {
+        if (large && choices.range(0, 127) == 0) {
             w = 8000;
             h = 6000;
             c = 1;
