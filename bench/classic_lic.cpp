@@ -89,13 +89,13 @@ void classicLic(const VelkVectorField& field, const VelkImage& texture, int L, f
             backward.init(seed, direction);
             int sum = tex.at(seed.x * xScale, seed.y * yScale);
             int status;
+            // The two halves are independent: stepping them in turn lets the
+            // processor overlap their chains of dependent operations.
             for (int k = 0; k < L; k++) {
                 const Vec2f& p = forward.Midpoint::next(status);
+                const Vec2f& q = backward.Midpoint::next(status);
                 sum += tex.at(p.x * xScale, p.y * yScale);
-            }
-            for (int k = 0; k < L; k++) {
-                const Vec2f& p = backward.Midpoint::next(status);
-                sum += tex.at(p.x * xScale, p.y * yScale);
+                sum += tex.at(q.x * xScale, q.y * yScale);
             }
             row[x] = static_cast<unsigned char>(sum / samples);
         }
