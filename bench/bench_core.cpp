@@ -9,9 +9,9 @@ static void BM_CreateRandom(benchmark::State& state) {
         image.createRandom(0, 1);
         benchmark::DoNotOptimize(image.data);
     }
-    state.counters["Mpx/s"] = benchmark::Counter(
-        static_cast<double>(state.range(0) * state.range(0)),
-        benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1000);
+    state.counters["Mpx/s"] =
+        benchmark::Counter(static_cast<double>(state.range(0) * state.range(0)) * 1e-6,
+                           benchmark::Counter::kIsIterationInvariantRate);
 }
 BENCHMARK(BM_CreateRandom)->Arg(1024);
 

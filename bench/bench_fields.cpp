@@ -55,8 +55,8 @@ static void BM_ScanConvertTriangles(benchmark::State& state) {
         for (size_t t = 0; t < v.size(); t += 3) sc.scanConvert(3, &v[t]);
         benchmark::DoNotOptimize(sum);
     }
-    state.counters["Mpx/s"] = benchmark::Counter(
-        pixels, benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1000);
+    state.counters["Mpx/s"] =
+        benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
 }
 BENCHMARK(BM_ScanConvertTriangles);
 
@@ -84,7 +84,6 @@ static void BM_PseudoColor(benchmark::State& state) {
         benchmark::DoNotOptimize(image.data);
     }
     state.counters["Mpx/s"] =
-        benchmark::Counter(1024.0 * 1024.0, benchmark::Counter::kIsIterationInvariantRate,
-                           benchmark::Counter::kIs1000);
+        benchmark::Counter(1024.0 * 1024.0 * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
 }
 BENCHMARK(BM_PseudoColor);

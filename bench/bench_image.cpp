@@ -9,8 +9,8 @@
 namespace {
 
 void reportMegapixels(benchmark::State& state, double pixels) {
-    state.counters["Mpx/s"] = benchmark::Counter(
-        pixels, benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1000);
+    state.counters["Mpx/s"] =
+        benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 VelkImage noise(int size, int binary) {
