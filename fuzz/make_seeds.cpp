@@ -103,7 +103,7 @@ void fieldSeeds() {
         put(t, "words-around-magic.vec",
             "a VELK VECTOR file, BINARY\n2 2\n0123456789abcdefghijklmnopqrstuv");
         put(t, "ascii-free-format.vec", "VELK VECTOR\n2 2\n1\n2 3\n\n4 5 6\t7\n8 trailing words");
-        put(t, "ascii-specials.vec",
+        put(t, "ascii-nonfinite.vec",
             "VELK VECTOR ASCII\n2 2\nnan inf -inf 1e39 1e-46 0x1p3 -0 infinity\n");
         put(t, "size-one-column.vec", "VELK VECTOR ASCII\n1 100\n");
         put(t, "size-too-wide.vec", "VELK VECTOR ASCII\n10001 5\n");
@@ -128,7 +128,7 @@ void fieldSeeds() {
 
         put(t, "words-around-magic.sca", "VELK SCALAR in BINARY form\n2 2\n0123456789abcdef");
         put(t, "ascii-free-format.sca", "VELK SCALAR\n2 2\n1\n\n2 3\t4 trailing");
-        put(t, "ascii-specials.sca", "VELK SCALAR ASCII\n2 2\nnan -inf 1e39 1e-46\n");
+        put(t, "ascii-nonfinite.sca", "VELK SCALAR ASCII\n2 2\nnan -inf 1e39 1e-46\n");
         put(t, "size-two-rows-of-one.sca", "VELK SCALAR ASCII\n1 2\n1 2\n");
         put(t, "size-large-data-short.sca", "VELK SCALAR BINARY\n4000 4000\nab");
         put(t, "values-missing.sca", "VELK SCALAR ASCII\n2 2\n1 2 3\n");
