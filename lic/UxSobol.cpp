@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "resizeblock.h"
+
 namespace {
 
 // Smallest b with 2^b >= n, and 0 for n < 2.
@@ -15,7 +17,7 @@ int log2Ceil(int n) {
 // One block of 2^b ints, b as in log2Ceil(n): every value the walk stores fits.
 int* sizeTable(int* table, int n) {
     std::size_t bytes = sizeof(int) << log2Ceil(n);
-    return static_cast<int*>(table ? std::realloc(table, bytes) : std::malloc(bytes));
+    return static_cast<int*>(velk::resizeBlock(table, bytes));
 }
 
 // Walks the Gray-code ordered sequence of the b direction numbers in v and
@@ -55,7 +57,7 @@ void UxSobol::init(int nx, int ny) {
 
 void UxSobol::initX(int n) {
     xTable = sizeTable(xTable, n);
-    if (n < 1) return;
+    if (n < 1 || xTable == nullptr) return;
     int b = directionBits(n);
     int v[32] = {0};
     if (b >= 1) {
@@ -68,7 +70,7 @@ void UxSobol::initX(int n) {
 
 void UxSobol::initY(int n) {
     yTable = sizeTable(yTable, n);
-    if (n < 1) return;
+    if (n < 1 || yTable == nullptr) return;
     int b = directionBits(n);
     int v[32] = {0};
     if (b >= 1) {

@@ -335,6 +335,12 @@ void VelkCompute::seedSobol(VelkImage* mask, VelkImage* seedMap) {
     sobol.xTable = nullptr;
     sobol.yTable = nullptr;
     sobol.init(width * N, height * N);
+    if (sobol.xTable == nullptr || sobol.yTable == nullptr) {
+        std::free(sobol.xTable);
+        std::free(sobol.yTable);
+        velk_error("not enough memory for the Sobol seed order");
+        return;
+    }
     const int nx = sobol.nx;
     const int ny = sobol.ny;
     for (;;) {
