@@ -4,14 +4,11 @@
 #include <cstddef>
 #include <initializer_list>
 
+#include "bilinear.h"
 #include "periodic.h"
 #include "velk/velk.h"
 
 namespace {
-
-inline float bilinear(float p00, float p10, float p01, float p11, float fx, float fy) {
-    return p00 + (p10 - p00) * fx + (p01 - p00) * fy + fx * fy * (p00 - p01 - p10 + p11);
-}
 
 // VelkCompute::getPixelBilinear1, inlined with the image's geometry hoisted.
 struct Texture {
@@ -27,7 +24,7 @@ struct Texture {
         const float fy = y - static_cast<float>(iy);
         const unsigned char* p = data + iy * bytesPerLine + ix;
         const unsigned char* q = p + bytesPerLine;
-        return static_cast<int>(bilinear(p[0], p[1], q[0], q[1], fx, fy));
+        return static_cast<int>(velk::bilinear(p[0], p[1], q[0], q[1], fx, fy));
     }
 };
 
@@ -45,8 +42,8 @@ bool directionAt(const VelkVectorField& field, Vec2f seed, Vec2f& direction) {
     const Vec2f* n10 = n00 + dx;
     const Vec2f* n01 = n00 + dy;
     const Vec2f* n11 = n01 + dx;
-    const float vx = bilinear(n00->x, n10->x, n01->x, n11->x, fx, fy);
-    const float vy = bilinear(n00->y, n10->y, n01->y, n11->y, fx, fy);
+    const float vx = velk::bilinear(n00->x, n10->x, n01->x, n11->x, fx, fy);
+    const float vy = velk::bilinear(n00->y, n10->y, n01->y, n11->y, fx, fy);
     const float length2 = vx * vx + vy * vy;
     if (length2 == 0.0f || std::isnan(length2)) return false;
     const float length = std::sqrt(length2);

@@ -1,6 +1,8 @@
 #ifndef VELK_FIELDS_GRIDSAMPLE_H
 #define VELK_FIELDS_GRIDSAMPLE_H
 
+#include "bilinear.h"
+
 namespace velk {
 
 // Bilinear sample at (sx, sy) of a width x height grid of N-float nodes stored
@@ -31,8 +33,7 @@ inline void sampleBilinear(const float* grid, int width, int height, float sx, f
     const float* c = grid + cy * row + static_cast<long>(ix) * N;
     const float* d = grid + cy * row + static_cast<long>(bx) * N;
     for (int k = 0; k < N; k++) {
-        out[k] =
-            a[k] + (b[k] - a[k]) * fx + (c[k] - a[k]) * fy + fx * fy * (a[k] - c[k] - b[k] + d[k]);
+        out[k] = bilinear(a[k], b[k], c[k], d[k], fx, fy);
     }
 }
 

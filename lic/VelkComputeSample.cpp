@@ -13,16 +13,11 @@
 #include "VelkImage.h"
 #include "VelkIntegrator.h"
 #include "VelkVectorField.h"
+#include "bilinear.h"
 #include "midpointstep.h"
 #include "periodic.h"
 
 namespace {
-
-// The bilinear formula of the texture lookups and of the field value at a seed,
-// term by term in single precision.
-inline float bilinear(float p00, float p10, float p01, float p11, float fx, float fy) {
-    return p00 + (p10 - p00) * fx + (p01 - p00) * fy + fx * fy * (p00 - p01 - p10 + p11);
-}
 
 // What a texture lookup reads of an image, taken once so that a line's lookups
 // keep it in registers.
@@ -81,7 +76,8 @@ __attribute__((always_inline)) inline void readTexel(const Texture& t, const uns
     const int right = t.nChannels;
     const unsigned char* q = p + t.bytesPerLine;
     for (int ch = 0; ch < nch; ch++) {
-        out[ch] = static_cast<int>(bilinear(p[ch], p[ch + right], q[ch], q[ch + right], fx, fy));
+        out[ch] =
+            static_cast<int>(velk::bilinear(p[ch], p[ch + right], q[ch], q[ch + right], fx, fy));
     }
 }
 
@@ -712,8 +708,8 @@ void VelkCompute::sample(const Vec2f& seed) {
     const Vec2f* n10 = n00 + dx;
     const Vec2f* n01 = n00 + dy;
     const Vec2f* n11 = n01 + dx;
-    const float vx = bilinear(n00->x, n10->x, n01->x, n11->x, fx, fy);
-    const float vy = bilinear(n00->y, n10->y, n01->y, n11->y, fx, fy);
+    const float vx = velk::bilinear(n00->x, n10->x, n01->x, n11->x, fx, fy);
+    const float vy = velk::bilinear(n00->y, n10->y, n01->y, n11->y, fx, fy);
     const float length2 = vx * vx + vy * vy;
     if (length2 == 0.0f || std::isnan(length2)) return;
 
