@@ -1,6 +1,6 @@
 #include <benchmark/benchmark.h>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 // Noise texture creation: one drand48 draw per byte.
 static void BM_CreateRandom(benchmark::State& state) {

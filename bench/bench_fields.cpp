@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 namespace {
 

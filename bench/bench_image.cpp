@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 namespace {
 

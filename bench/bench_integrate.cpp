@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <ctime>
 #include <vector>
 
+#include <velk/velk.h>
 #include "classic_lic.h"
-#include "velk/velk.h"
 
 // The LIC engine on a noise texture over a circular field. With the environment
 // variable VELK_BENCH_SMOKE set, every image is 16 times smaller each way, so

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <initializer_list>
 
+#include <velk/velk.h>
 #include "bilinear.h"
 #include "periodic.h"
-#include "velk/velk.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 namespace {
 

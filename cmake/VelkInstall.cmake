@@ -1,7 +1,8 @@
 include(CMakePackageConfigHelpers)
 
-get_property(_velk_headers GLOBAL PROPERTY VELK_PUBLIC_HEADERS)
-install(FILES ${_velk_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/velk")
+# The public headers, and only they, under include/velk/.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/velk" "${PROJECT_BINARY_DIR}/include/velk"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(TARGETS velk EXPORT velk-targets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"

@@ -1,4 +1,4 @@
-#include "UxWatch.h"
+#include <velk/UxWatch.h>
 
 #include <sys/times.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "VelkImage.h"
+#include <velk/VelkImage.h>
 
 #include <cstdlib>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "VelkVectorField.h"
+#include <velk/VelkVectorField.h>
 
 #include <cmath>
 #include <cstdint>

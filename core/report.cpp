@@ -1,4 +1,4 @@
-#include "report.h"
+#include <velk/report.h>
 
 #include <cerrno>
 #include <cstdarg>

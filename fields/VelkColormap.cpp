@@ -1,12 +1,12 @@
-#include "VelkColormap.h"
+#include <velk/VelkColormap.h>
 
 #include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
+#include <velk/colorspace.h>
 #include "cfile.h"
-#include "colorspace.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "VelkScalarField.h"
+#include <velk/VelkScalarField.h>
 
 #include <climits>
 #include <cmath>
@@ -6,13 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "VelkColormap.h"
-#include "VelkImage.h"
-#include "byteorder.h"
+#include <velk/VelkColormap.h>
+#include <velk/VelkImage.h>
+#include <velk/byteorder.h>
+#include <velk/report.h>
 #include "cfile.h"
 #include "fieldfile.h"
 #include "gridsample.h"
-#include "report.h"
 #include "resizeblock.h"
 #include "ucdmesh.h"
 

@@ -1,4 +1,4 @@
-#include "VelkScanConvert.h"
+#include <velk/VelkScanConvert.h>
 
 #include <algorithm>
 #include <climits>

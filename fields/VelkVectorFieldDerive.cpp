@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "VelkImage.h"
-#include "VelkScalarField.h"
-#include "VelkVectorField.h"
-#include "colorspace.h"
+#include <velk/VelkImage.h>
+#include <velk/VelkScalarField.h>
+#include <velk/VelkVectorField.h>
+#include <velk/colorspace.h>
 #include "gridsample.h"
 
 namespace {

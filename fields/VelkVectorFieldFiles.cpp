@@ -1,11 +1,11 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "VelkVectorField.h"
-#include "byteorder.h"
+#include <velk/VelkVectorField.h>
+#include <velk/byteorder.h>
+#include <velk/report.h>
 #include "cfile.h"
 #include "fieldfile.h"
-#include "report.h"
 #include "ucdmesh.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "byteorder.h"
+#include <velk/byteorder.h>
 
 void swapByteOrder(int n, void* data) {
     unsigned char* p = static_cast<unsigned char*>(data);

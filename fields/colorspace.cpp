@@ -1,4 +1,4 @@
-#include "colorspace.h"
+#include <velk/colorspace.h>
 
 void RGB_to_HSL(const float* rgb, float* hsl) {
     float r = rgb[0];

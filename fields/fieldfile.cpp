@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "report.h"
+#include <velk/report.h>
 
 namespace velk {
 

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include <velk/report.h>
 #include "cfile.h"
-#include "report.h"
 #include "uxmalloc.h"
 
 namespace velk {

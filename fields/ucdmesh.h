@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "VelkScanConvert.h"
+#include <velk/VelkScanConvert.h>
 
 // The one reader of the UCD triangle-mesh layout, shared by every reader of
 // it (vector field, scalar field, overlay drawing). They differ only in how

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <limits>
 
-#include "report.h"
+#include <velk/report.h>
 
 namespace velkfuzz {
 

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include <velk/VelkImage.h>
 #include "FuzzSupport.h"
-#include "VelkImage.h"
 
 namespace velkfuzz {
 

@@ -8,10 +8,10 @@
 
 #include <cmath>
 
+#include <velk/VelkCompute.h>
+#include <velk/VelkImage.h>
+#include <velk/VelkVectorField.h>
 #include "FuzzSupport.h"
-#include "VelkCompute.h"
-#include "VelkImage.h"
-#include "VelkVectorField.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     velkfuzz::ByteReader in(data, size);

@@ -1,9 +1,9 @@
 // VelkGraphics::drawFile on arbitrary command files, into images of varied
 // size, channel count and row padding, with varied starting pens.
 
+#include <velk/VelkGraphics.h>
 #include "FuzzSupport.h"
 #include "TargetImage.h"
-#include "VelkGraphics.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const int kWidths[] = {1, 1, 1, 2, 3, 4, 0, -3, 1000};

@@ -2,9 +2,9 @@
 // channel count and row padding. The pen does not change during the call, so
 // every pixel must stay as it was or take the pen colour.
 
+#include <velk/VelkGraphics.h>
 #include "FuzzSupport.h"
 #include "TargetImage.h"
-#include "VelkGraphics.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const int kWidths[] = {1, 1, 1, 2, 3, 4, 0, -3, 1000};

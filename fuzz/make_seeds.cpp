@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "VelkColormap.h"
-#include "VelkImage.h"
-#include "VelkScalarField.h"
-#include "VelkVectorField.h"
+#include <velk/VelkColormap.h>
+#include <velk/VelkImage.h>
+#include <velk/VelkScalarField.h>
+#include <velk/VelkVectorField.h>
 
 namespace {
 

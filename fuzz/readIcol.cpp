@@ -7,9 +7,9 @@
 #include <cmath>
 #include <string>
 
+#include <velk/VelkColormap.h>
 #include "FieldCheck.h"
 #include "FuzzSupport.h"
-#include "VelkColormap.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <climits>
 #include <cstring>
 
+#include <velk/VelkImage.h>
 #include "FuzzSupport.h"
-#include "VelkImage.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 // A loaded field must come back from the library's own writer: exactly from
 // a binary file, up to "%g" precision from an ASCII one.
 
+#include <velk/VelkScalarField.h>
 #include "FieldCheck.h"
 #include "FuzzSupport.h"
-#include "VelkScalarField.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // VelkScalarField::readUCD on arbitrary mesh files, onto grids of varied
 // size. A failed read leaves the field as it was.
 
+#include <velk/VelkScalarField.h>
 #include "FuzzSupport.h"
-#include "VelkScalarField.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const char* path = velkfuzz::writeScratch(0, data, size);

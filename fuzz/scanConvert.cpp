@@ -6,8 +6,8 @@
 
 #include <cmath>
 
+#include <velk/VelkScanConvert.h>
 #include "FuzzSupport.h"
-#include "VelkScanConvert.h"
 
 namespace {
 

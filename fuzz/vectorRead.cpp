@@ -2,9 +2,9 @@
 // A loaded field must come back from the library's own writer: exactly from
 // an ASCII file up to "%g" precision, byte-reversed from a binary one.
 
+#include <velk/VelkVectorField.h>
 #include "FieldCheck.h"
 #include "FuzzSupport.h"
-#include "VelkVectorField.h"
 
 namespace {
 

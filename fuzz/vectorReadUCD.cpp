@@ -4,9 +4,9 @@
 
 #include <limits>
 
+#include <velk/VelkVectorField.h>
 #include "FieldCheck.h"
 #include "FuzzSupport.h"
-#include "VelkVectorField.h"
 
 namespace {
 

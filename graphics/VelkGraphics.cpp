@@ -1,4 +1,4 @@
-#include "VelkGraphics.h"
+#include <velk/VelkGraphics.h>
 
 #include <algorithm>
 #include <cctype>
@@ -9,9 +9,9 @@
 #include <cstring>
 #include <utility>
 
-#include "VelkImage.h"
+#include <velk/VelkImage.h>
+#include <velk/report.h>
 #include "cfile.h"
-#include "report.h"
 #include "ucdmesh.h"
 
 namespace {

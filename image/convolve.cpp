@@ -3,9 +3,9 @@
 #include <memory>
 #include <vector>
 
-#include "VelkImage.h"
+#include <velk/VelkImage.h>
+#include <velk/fastconv.h>
 #include "destination.h"
-#include "fastconv.h"
 #include "packedconv.h"
 
 namespace {

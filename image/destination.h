@@ -1,7 +1,7 @@
 #ifndef VELK_IMAGE_DESTINATION_H
 #define VELK_IMAGE_DESTINATION_H
 
-#include "VelkImage.h"
+#include <velk/VelkImage.h>
 
 namespace velk {
 

@@ -2,8 +2,8 @@
 #include <cstddef>
 #include <cstring>
 
-#include "VelkImage.h"
-#include "VelkVectorField.h"
+#include <velk/VelkImage.h>
+#include <velk/VelkVectorField.h>
 #include "destination.h"
 
 namespace {

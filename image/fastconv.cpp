@@ -1,4 +1,4 @@
-#include "fastconv.h"
+#include <velk/fastconv.h>
 
 #include <climits>
 #include <cmath>

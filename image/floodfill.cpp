@@ -1,6 +1,6 @@
 #include <cstddef>
 
-#include "VelkImage.h"
+#include <velk/VelkImage.h>
 #include "destination.h"
 
 namespace {

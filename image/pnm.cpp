@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "VelkImage.h"
+#include <velk/VelkImage.h>
+#include <velk/report.h>
 #include "destination.h"
-#include "report.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "VelkImage.h"
-#include "colorspace.h"
+#include <velk/VelkImage.h>
+#include <velk/colorspace.h>
 #include "destination.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "VelkImage.h"
+#include <velk/VelkImage.h>
 #include "destination.h"
 
 namespace {

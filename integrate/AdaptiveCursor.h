@@ -1,7 +1,7 @@
 #ifndef VELK_ADAPTIVECURSOR_H
 #define VELK_ADAPTIVECURSOR_H
 
-#include "AdaptiveIntegrator.h"
+#include <velk/AdaptiveIntegrator.h>
 #include "fieldeval.h"
 
 namespace velk {

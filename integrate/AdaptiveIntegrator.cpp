@@ -1,4 +1,4 @@
-#include "AdaptiveIntegrator.h"
+#include <velk/AdaptiveIntegrator.h>
 
 #include "fieldeval.h"
 

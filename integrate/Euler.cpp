@@ -1,4 +1,4 @@
-#include "Euler.h"
+#include <velk/Euler.h>
 
 #include "fieldeval.h"
 

@@ -1,4 +1,4 @@
-#include "FixedIntegrator.h"
+#include <velk/FixedIntegrator.h>
 
 FixedIntegrator::FixedIntegrator(int direction) : pos{0.0f, 0.0f}, deriv{0.0f, 0.0f} {
     this->direction = static_cast<float>(direction);

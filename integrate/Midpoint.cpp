@@ -1,4 +1,4 @@
-#include "Midpoint.h"
+#include <velk/Midpoint.h>
 
 #include "midpointstep.h"
 

@@ -1,4 +1,4 @@
-#include "RK43.h"
+#include <velk/RK43.h>
 
 #include "fieldeval.h"
 

@@ -1,4 +1,4 @@
-#include "RKCK.h"
+#include <velk/RKCK.h>
 
 #include "fieldeval.h"
 

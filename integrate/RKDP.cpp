@@ -1,4 +1,4 @@
-#include "RKDP.h"
+#include <velk/RKDP.h>
 
 #include "fieldeval.h"
 

@@ -1,4 +1,4 @@
-#include "VelkIntegrator.h"
+#include <velk/VelkIntegrator.h>
 
 #include <cmath>
 #include <limits>

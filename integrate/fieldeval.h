@@ -8,10 +8,10 @@
 #include <csetjmp>
 #include <cstddef>
 
-#include "AdaptiveIntegrator.h"
-#include "VelkIntegrator.h"
+#include <velk/AdaptiveIntegrator.h>
+#include <velk/VelkIntegrator.h>
 
-#define VELK_ALWAYS_INLINE inline __attribute__((always_inline))
+#include "forceinline.h"
 
 namespace velk {
 

@@ -4,7 +4,7 @@
 // One step of the midpoint rule, shared by Midpoint::next and the LIC engine,
 // which inlines it into its tracing loop.
 
-#include "Midpoint.h"
+#include <velk/Midpoint.h>
 #include "fieldeval.h"
 
 namespace velk {

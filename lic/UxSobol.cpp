@@ -1,4 +1,4 @@
-#include "UxSobol.h"
+#include <velk/UxSobol.h>
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,15 +1,15 @@
-#include "VelkCompute.h"
+#include <velk/VelkCompute.h>
 
 #include <climits>
 #include <cmath>
 #include <cstdlib>
 
-#include "Midpoint.h"
-#include "RK43.h"
-#include "UxSobol.h"
-#include "VelkImage.h"
-#include "VelkVectorField.h"
-#include "report.h"
+#include <velk/Midpoint.h>
+#include <velk/RK43.h>
+#include <velk/UxSobol.h>
+#include <velk/VelkImage.h>
+#include <velk/VelkVectorField.h>
+#include <velk/report.h>
 
 namespace {
 

@@ -5,15 +5,16 @@
 #include <type_traits>
 #include <typeinfo>
 
+#include <velk/RK43.h>
+#include <velk/RKCK.h>
+#include <velk/RKDP.h>
+#include <velk/VelkCompute.h>
+#include <velk/VelkImage.h>
+#include <velk/VelkIntegrator.h>
+#include <velk/VelkVectorField.h>
 #include "AdaptiveCursor.h"
-#include "RK43.h"
-#include "RKCK.h"
-#include "RKDP.h"
-#include "VelkCompute.h"
-#include "VelkImage.h"
-#include "VelkIntegrator.h"
-#include "VelkVectorField.h"
 #include "bilinear.h"
+#include "forceinline.h"
 #include "midpointstep.h"
 #include "periodic.h"
 
@@ -37,8 +38,8 @@ inline Texture textureOf(const VelkImage* image) {
 // Periodic wrap and split into texel and fractions; null when no wrapped
 // position exists (an image narrower or lower than 2 pixels, a coordinate that
 // is not finite). Pixels lie `step` bytes apart within a row.
-__attribute__((always_inline)) inline const unsigned char* texel(const Texture& t, float x, float y,
-                                                                 float& fx, float& fy, int step) {
+VELK_ALWAYS_INLINE const unsigned char* texel(const Texture& t, float x, float y, float& fx,
+                                              float& fy, int step) {
     // Most points lie within the first period and need no wrapping.
     if (!(x >= 0.0f && x < t.periodX) && !velk::wrapPeriodic(x, t.periodX)) return nullptr;
     if (!(y >= 0.0f && y < t.periodY) && !velk::wrapPeriodic(y, t.periodY)) return nullptr;
@@ -61,8 +62,8 @@ inline int pixelStep(const Texture& t) {
 // fx, fy. kChannels is 1 for the one-channel variants, which read a single
 // value, and 0 for the others, which read t.nChannels.
 template <bool kBilinear, int kChannels>
-__attribute__((always_inline)) inline void readTexel(const Texture& t, const unsigned char* p,
-                                                     float fx, float fy, int* out) {
+VELK_ALWAYS_INLINE void readTexel(const Texture& t, const unsigned char* p, float fx, float fy,
+                                  int* out) {
     const int nch = kChannels != 0 ? kChannels : t.nChannels;
     if (!p) {
         for (int ch = 0; ch < nch; ch++) out[ch] = 0;
@@ -82,7 +83,7 @@ __attribute__((always_inline)) inline void readTexel(const Texture& t, const uns
 }
 
 template <bool kBilinear, int kChannels>
-__attribute__((always_inline)) inline void lookup(const Texture& t, float x, float y, int* out) {
+VELK_ALWAYS_INLINE void lookup(const Texture& t, float x, float y, int* out) {
     float fx = 0.0f, fy = 0.0f;
     const unsigned char* p = texel(t, x, y, fx, fy, pixelStep<kBilinear, kChannels>(t));
     readTexel<kBilinear, kChannels>(t, p, fx, fy, out);
@@ -233,7 +234,7 @@ enum LookupKind {
 };
 
 template <bool kSubPixels>
-__attribute__((always_inline)) inline int subPixelOf(const RecordFill& f, float xw, float yw) {
+VELK_ALWAYS_INLINE int subPixelOf(const RecordFill& f, float xw, float yw) {
     if (!kSubPixels) return 0;
     const int N = f.subPixels;
     return static_cast<int>(f.xScale * N * xw) % N + N * (static_cast<int>(f.yScale * N * yw) % N);
@@ -243,8 +244,8 @@ __attribute__((always_inline)) inline int subPixelOf(const RecordFill& f, float 
 // the point falls in (only for output records, kPixels), and the texture
 // value(s) there.
 template <LookupKind kLookup, bool kSubPixels, bool kPixels>
-__attribute__((always_inline)) inline void fillRecord(const RecordFill& f, Vec2f p,
-                                                      VelkCompute::LinePoint& point, int* out) {
+VELK_ALWAYS_INLINE void fillRecord(const RecordFill& f, Vec2f p, VelkCompute::LinePoint& point,
+                                   int* out) {
     constexpr bool kBilinear = kLookup == kLookupBilinear1 || kLookup == kLookupBilinearN;
     constexpr int kChannels = kLookup == kLookupBilinear1 || kLookup == kLookupConst1 ? 1 : 0;
     const Texture& t = f.texture;
@@ -384,10 +385,9 @@ inline bool smallImage(const RecordFill& f) {
 // the domain, the sub-pixels of the positions xw, yw) and the texture values
 // at (tx, ty), already wrapped into the first period.
 template <bool kBilinear, bool kSubPixels, bool kPixels>
-__attribute__((always_inline)) inline void finishFour(const RecordFill& f, const Lanes& l,
-                                                      Int4 pixel, Int4 inside, Float4 xw, Float4 yw,
-                                                      Float4 tx, Float4 ty,
-                                                      VelkCompute::LinePoint* points, int* out) {
+VELK_ALWAYS_INLINE void finishFour(const RecordFill& f, const Lanes& l, Int4 pixel, Int4 inside,
+                                   Float4 xw, Float4 yw, Float4 tx, Float4 ty,
+                                   VelkCompute::LinePoint* points, int* out) {
     const Texture& t = f.texture;
     const Int4 ix = __builtin_convertvector(tx, Int4);
     const Int4 iy = __builtin_convertvector(ty, Int4);
@@ -442,9 +442,8 @@ __attribute__((always_inline)) inline void finishFour(const RecordFill& f, const
 // that its texture position needs more than two periods of wrapping;
 // fillRecord takes those.
 template <bool kBilinear, bool kSubPixels, bool kPixels>
-__attribute__((always_inline)) inline bool fillFour(const RecordFill& f, const Lanes& l,
-                                                    const Vec2f* positions,
-                                                    VelkCompute::LinePoint* points, int* out) {
+VELK_ALWAYS_INLINE bool fillFour(const RecordFill& f, const Lanes& l, const Vec2f* positions,
+                                 VelkCompute::LinePoint* points, int* out) {
     Float4 a, b;
     std::memcpy(&a, positions, sizeof a);
     std::memcpy(&b, positions + 2, sizeof b);

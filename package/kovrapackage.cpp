@@ -1,4 +1,4 @@
-#include "kovrapackage.h"
+#include <velk/kovrapackage.h>
 
 #include <cstring>
 

@@ -3,34 +3,34 @@
 
 // The whole public interface of velk.
 
-#include "UxWatch.h"
-#include "Vec2f.h"
-#include "VelkImage.h"
-#include "VelkVectorField.h"
-#include "report.h"
+#include <velk/UxWatch.h>
+#include <velk/Vec2f.h>
+#include <velk/VelkImage.h>
+#include <velk/VelkVectorField.h>
+#include <velk/report.h>
 
-#include "AdaptiveIntegrator.h"
-#include "Euler.h"
-#include "FixedIntegrator.h"
-#include "Midpoint.h"
-#include "RK43.h"
-#include "RKCK.h"
-#include "RKDP.h"
-#include "VelkIntegrator.h"
+#include <velk/AdaptiveIntegrator.h>
+#include <velk/Euler.h>
+#include <velk/FixedIntegrator.h>
+#include <velk/Midpoint.h>
+#include <velk/RK43.h>
+#include <velk/RKCK.h>
+#include <velk/RKDP.h>
+#include <velk/VelkIntegrator.h>
 
-#include "UxSobol.h"
-#include "VelkCompute.h"
+#include <velk/UxSobol.h>
+#include <velk/VelkCompute.h>
 
-#include "VelkColormap.h"
-#include "VelkScalarField.h"
-#include "VelkScanConvert.h"
-#include "byteorder.h"
-#include "colorspace.h"
+#include <velk/VelkColormap.h>
+#include <velk/VelkScalarField.h>
+#include <velk/VelkScanConvert.h>
+#include <velk/byteorder.h>
+#include <velk/colorspace.h>
 
-#include "fastconv.h"
+#include <velk/fastconv.h>
 
-#include "VelkGraphics.h"
+#include <velk/VelkGraphics.h>
 
-#include "kovrapackage.h"
+#include <velk/kovrapackage.h>
 
 #endif

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include <velk/velk.h>
 #include "periodic.h"
-#include "velk/velk.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <sstream>
 #include <string>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 TEST(Package, BuildRecordFollowsTheMarkerWithAllSixteenKeys) {
     const char* record = kovrapackage_velk();

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string>
 
+#include <velk/velk.h>
 #include "TestSupport.h"
-#include "velk/velk.h"
 
 using velktest::MessageCapture;
 using Lines = std::vector<std::string>;

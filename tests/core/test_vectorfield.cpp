@@ -3,7 +3,7 @@
 #include <cmath>
 #include <vector>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 TEST(VectorFieldOwnership, BorrowedBufferSurvivesAndSetSizeKeepsLeadingNodes) {
     std::vector<float> buffer(8, 1.5f);

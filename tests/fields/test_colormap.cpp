@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include <velk/velk.h>
 #include "TestSupport.h"
-#include "velk/velk.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <limits>
 #include <random>
 
+#include <velk/velk.h>
 #include "repeatedadd.h"
-#include "velk/velk.h"
 
 namespace {
 

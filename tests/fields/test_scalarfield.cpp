@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include <velk/velk.h>
 #include "TestSupport.h"
 #include "gridsample.h"
-#include "velk/velk.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string>
 
+#include <velk/velk.h>
 #include "TestSupport.h"
-#include "velk/velk.h"
 
 namespace {
 

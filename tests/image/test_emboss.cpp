@@ -3,8 +3,8 @@
 
 #include <vector>
 
+#include <velk/velk.h>
 #include "ImageTestSupport.h"
-#include "velk/velk.h"
 
 namespace {
 

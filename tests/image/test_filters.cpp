@@ -6,8 +6,8 @@
 #include <random>
 #include <vector>
 
+#include <velk/velk.h>
 #include "ImageTestSupport.h"
-#include "velk/velk.h"
 
 namespace {
 

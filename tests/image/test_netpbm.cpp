@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include <velk/velk.h>
 #include "ImageTestSupport.h"
 #include "TestSupport.h"
-#include "velk/velk.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include <velk/velk.h>
 #include "ImageTestSupport.h"
 #include "TestSupport.h"
-#include "velk/velk.h"
 
 using velktest::dataPath;
 using velktest::readFile;

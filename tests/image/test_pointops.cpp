@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <velk/velk.h>
 #include "ImageTestSupport.h"
-#include "velk/velk.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <vector>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 // The engine steps its own integrators and reads the library's texture
 // lookups through specialised code; any other integrator or lookup takes the

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <velk/velk.h>
 #include "TestSupport.h"
-#include "velk/velk.h"
 
 // Guards the engine's output byte for byte while its inner loops are tuned: a
 // matrix of settings is recomputed and its hashes compared with the recorded

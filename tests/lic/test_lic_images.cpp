@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <string>
 
+#include <velk/velk.h>
 #include "TestSupport.h"
-#include "velk/velk.h"
 
 // Images, line and hit counts of an independent implementation.
 TEST(LicImages, MatchTheKnownOutputsByteForByte) {

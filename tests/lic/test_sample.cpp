@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 namespace {
 

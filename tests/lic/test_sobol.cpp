@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "velk/velk.h"
+#include <velk/velk.h>
 
 TEST(Sobol, KnownTables) {
     const std::vector<int> x[] = {{0}, {1, 0}, {4, 2, 6, 3, 7, 1, 5, 0}, {4, 2, 3, 1, 0}};

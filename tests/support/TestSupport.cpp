@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "report.h"
+#include <velk/report.h>
 
 namespace fs = std::filesystem;
 

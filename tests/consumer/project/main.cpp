@@ -1,5 +1,12 @@
 #include <velk/velk.h>
 
+// Only the public headers are reachable: a consumer's own "report.h" or
+// "periodic.h" can never resolve to one of velk's, nor can an internal helper.
+#if __has_include("periodic.h") || __has_include(<velk/periodic.h>) || \
+    __has_include("fieldeval.h") || __has_include("report.h") || __has_include("cfile.h")
+#error "an internal or unprefixed velk header is on the consumer's include path"
+#endif
+
 #include <cstdio>
 #include <cstring>
 

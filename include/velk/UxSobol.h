@@ -1,7 +1,7 @@
 #ifndef VELK_UXSOBOL_H
 #define VELK_UXSOBOL_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 // Two permutation tables, of 0 .. nx-1 and of 0 .. ny-1, each in the order of a
 // one-dimensional base-2 Sobol sequence (Gray-code order). The LIC driver pairs

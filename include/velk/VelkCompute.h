@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "UxWatch.h"
-#include "Vec2f.h"
-#include "velk_export.h"
+#include <velk/UxWatch.h>
+#include <velk/Vec2f.h>
+#include <velk/velk_export.h>
 
 class VelkImage;
 class VelkIntegrator;

@@ -1,7 +1,7 @@
 #ifndef VELK_VELKSCALARFIELD_H
 #define VELK_VELKSCALARFIELD_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 class VelkColormap;
 class VelkImage;

@@ -1,7 +1,7 @@
 #ifndef VELK_RKDP_H
 #define VELK_RKDP_H
 
-#include "AdaptiveIntegrator.h"
+#include <velk/AdaptiveIntegrator.h>
 
 // Dormand-Prince embedded 5(4) pair.
 class VELK_EXPORT RKDP : public AdaptiveIntegrator {

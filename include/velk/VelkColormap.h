@@ -1,7 +1,7 @@
 #ifndef VELK_VELKCOLORMAP_H
 #define VELK_VELKCOLORMAP_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 // 256 RGB entries (floats, [0, 1] by convention) looked up by a normalised
 // value t in [0, 1], plus the data range callers normalise with:

@@ -1,7 +1,7 @@
 #ifndef VELK_FASTCONV_H
 #define VELK_FASTCONV_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 // Packed-table convolution of byte lines with a symmetric kernel of n half-taps
 // (kernel[0] is the centre, kernel[i] the weight at distance i on both sides),

@@ -1,7 +1,7 @@
 #ifndef VELK_VELKSCANCONVERT_H
 #define VELK_VELKSCANCONVERT_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 // Rasterises a convex polygon onto a pixel grid and hands every covered pixel,
 // with its linearly interpolated values, to a pixel function. A pixel is

@@ -1,7 +1,7 @@
 #ifndef VELK_RK43_H
 #define VELK_RK43_H
 
-#include "AdaptiveIntegrator.h"
+#include <velk/AdaptiveIntegrator.h>
 
 // Classical fourth-order Runge-Kutta with an embedded third-order error estimate.
 class VELK_EXPORT RK43 : public AdaptiveIntegrator {

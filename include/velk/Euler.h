@@ -1,7 +1,7 @@
 #ifndef VELK_EULER_H
 #define VELK_EULER_H
 
-#include "FixedIntegrator.h"
+#include <velk/FixedIntegrator.h>
 
 // Explicit Euler: one field evaluation per step.
 class VELK_EXPORT Euler : public FixedIntegrator {

@@ -1,7 +1,7 @@
 #ifndef VELK_RKCK_H
 #define VELK_RKCK_H
 
-#include "AdaptiveIntegrator.h"
+#include <velk/AdaptiveIntegrator.h>
 
 // Cash-Karp embedded 5(4) pair.
 class VELK_EXPORT RKCK : public AdaptiveIntegrator {

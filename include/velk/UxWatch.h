@@ -1,7 +1,7 @@
 #ifndef VELK_UXWATCH_H
 #define VELK_UXWATCH_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 // Stopwatch of the host's support library, provided here so that velk runs
 // without a host. Times are taken with times(2) in clock ticks.

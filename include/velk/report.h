@@ -1,7 +1,7 @@
 #ifndef VELK_REPORT_H
 #define VELK_REPORT_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 // Sink for finished messages (no trailing newline). A null handler drops them.
 typedef void (*VelkMessageHandler)(const char* message);

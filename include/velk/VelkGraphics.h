@@ -1,7 +1,7 @@
 #ifndef VELK_VELKGRAPHICS_H
 #define VELK_VELKGRAPHICS_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 class VelkImage;
 

@@ -3,7 +3,7 @@
 
 #include <csetjmp>
 
-#include "VelkIntegrator.h"
+#include <velk/VelkIntegrator.h>
 
 // Base of the embedded Runge-Kutta schemes with step-size control. Points are
 // still returned at spacing stepSize: each accepted step is covered by a cubic

@@ -1,7 +1,7 @@
 #ifndef VELK_VELKVECTORFIELD_H
 #define VELK_VELKVECTORFIELD_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 class VelkImage;
 class VelkScalarField;

@@ -1,8 +1,8 @@
 #ifndef VELK_VELKINTEGRATOR_H
 #define VELK_VELKINTEGRATOR_H
 
-#include "Vec2f.h"
-#include "velk_export.h"
+#include <velk/Vec2f.h>
+#include <velk/velk_export.h>
 
 // Traces one field line through a vector field grid, one point per next() call,
 // at fixed arc-length spacing. Positions are in grid units: node (i, j) is at

@@ -1,7 +1,7 @@
 #ifndef VELK_MIDPOINT_H
 #define VELK_MIDPOINT_H
 
-#include "FixedIntegrator.h"
+#include <velk/FixedIntegrator.h>
 
 // Explicit midpoint rule: evaluations at the midpoint and at the end of each step.
 class VELK_EXPORT Midpoint : public FixedIntegrator {

@@ -1,7 +1,7 @@
 #ifndef VELK_FIXEDINTEGRATOR_H
 #define VELK_FIXEDINTEGRATOR_H
 
-#include "VelkIntegrator.h"
+#include <velk/VelkIntegrator.h>
 
 // Base of the fixed-step schemes: one integration step of stepSize per point.
 // After a line ends, next() keeps extrapolating along the last derivative.

@@ -1,7 +1,7 @@
 #ifndef VELK_COLORSPACE_H
 #define VELK_COLORSPACE_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 // Single colours as three floats in [0, 1]: red, green, blue, or hue,
 // saturation, lightness. Hue 0 is red and grows by 1/6 per sextant through

@@ -1,7 +1,7 @@
 #ifndef VELK_VELKIMAGE_H
 #define VELK_VELKIMAGE_H
 
-#include "velk_export.h"
+#include <velk/velk_export.h>
 
 class VelkVectorField;
 
