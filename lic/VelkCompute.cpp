@@ -91,6 +91,7 @@ VelkCompute::VelkCompute()
       points(nullptr),
       zaehlrohr(),
       getPixel(nullptr),
+      threads(0),
       positions(nullptr) {}
 
 VelkCompute::~VelkCompute() {
@@ -114,6 +115,13 @@ void VelkCompute::setNumSubPixels(int n) {
 }
 void VelkCompute::setInterpolationMethod(InterpolationMethod method) {
     interpolationMethod = method;
+}
+
+void VelkCompute::setThreads(int n) {
+    threads = n;
+}
+int VelkCompute::getThreads() const {
+    return threads;
 }
 
 void VelkCompute::setNormalization(float value) {

@@ -89,6 +89,11 @@ class VELK_EXPORT VelkCompute {
     void setOffsetLength(float length);
     void setNumSubPixels(int n);
     void setInterpolationMethod(InterpolationMethod method);
+    // 0 (the default): the sequential algorithm. n >= 1: the tiled algorithm on
+    // n threads, whose output is the same for every n >= 1; -1: one thread per
+    // core. Takes effect at the next compute().
+    void setThreads(int n);
+    int getThreads() const;
     // Also written into both current integrators at once.
     void setNormalization(float normalization);
 
@@ -126,6 +131,7 @@ class VELK_EXPORT VelkCompute {
     static void getPixelBilinear1(VelkImage* image, float x, float y, int* out);
 
   private:
+    int threads;       // as set by setThreads
     Vec2f* positions;  // the traced points of a line, one per record
     void seedScan(VelkImage* mask, VelkImage* seedMap);
     void seedOffset(VelkImage* mask, VelkImage* seedMap);
