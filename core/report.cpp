@@ -3,12 +3,15 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+
+#include "outputchannel.h"
 
 namespace {
 
 void default_handler(const char* message) {
-    std::fprintf(stderr, "%s\n", message);
+    velk::writeStderr("%s\n", message);
 }
 
 constexpr std::size_t kMessageSize = 4096;
@@ -49,4 +52,22 @@ int velk_ioerror(const char* filename, const char* reason) {
     if (reason == nullptr) reason = std::strerror(errno);
     velk_error("can't open %s (%s)", filename, reason);
     return 0;
+}
+
+void velk::writeStderr(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vfprintf(stderr, format, args);
+    va_end(args);
+}
+
+void velk::writeStdout(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vprintf(format, args);
+    va_end(args);
+}
+
+void velk::endProcess(int status) {
+    std::exit(status);
 }

@@ -7,6 +7,7 @@
 
 #include <velk/colorspace.h>
 #include "cfile.h"
+#include "outputchannel.h"
 
 namespace {
 
@@ -38,7 +39,7 @@ void storeTable(const Table& table, const VelkColormap& source, VelkColormap& ta
 }
 
 int illegalFormat(const char* path) {
-    std::fprintf(stderr, "Illegal format in %s.\n", path);
+    velk::writeStderr("Illegal format in %s.\n", path);
     return 0;
 }
 
@@ -150,7 +151,7 @@ void VelkColormap::getColor1(float t, float* rgb) const {
 int VelkColormap::writeIcol(const char* path) {
     velk::FilePtr file = velk::openFile(path, "wb");
     if (!file) {
-        std::fprintf(stderr, "Can't open %s.\n", path);
+        velk::writeStderr("Can't open %s.\n", path);
         return 0;
     }
     for (int j = 0; j < 64; j++) {
@@ -168,7 +169,7 @@ int VelkColormap::writeIcol(const char* path) {
 int VelkColormap::readIcol(const char* path) {
     velk::FilePtr file = velk::openFile(path, "rb");
     if (!file) {
-        std::fprintf(stderr, "Can't open %s.\n", path);
+        velk::writeStderr("Can't open %s.\n", path);
         return 0;
     }
     const float k = 1.0f / 255.0f;

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include "outputchannel.h"
 #include "packedconv.h"
 
 namespace {
@@ -78,7 +79,7 @@ void velk_initPackedLuts(float* kernel, int n) {
     // An empty kernel sums to 0 (and has no centre tap to read).
     float sum = (n > 0 ? kernel[0] : 0.0f) + 2.0f * sides;
     if (static_cast<double>(std::fabs(sum - 1.0f)) > 0.001) {
-        std::fprintf(stderr, "Warning: filter sum != 1 (=%f)\n", static_cast<double>(sum));
+        velk::writeStderr("Warning: filter sum != 1 (=%f)\n", static_cast<double>(sum));
     }
 
     uint32_t bias = 0;
@@ -91,9 +92,9 @@ void velk_initPackedLuts(float* kernel, int n) {
         if (groups == 0) a *= 0.5f;
         // The bound that keeps each packed field from overflowing into the next.
         if (std::fabs(a) + std::fabs(b) + std::fabs(c) > 1.0f) {
-            std::fprintf(stderr, "|%f|+|%f|+|%f| > 1\n", static_cast<double>(a),
-                         static_cast<double>(b), static_cast<double>(c));
-            std::exit(1);
+            velk::writeStderr("|%f|+|%f|+|%f| > 1\n", static_cast<double>(a),
+                              static_cast<double>(b), static_cast<double>(c));
+            velk::endProcess(1);
         }
         int oa = offset(a), ob = offset(b), oc = offset(c);
         bias += 2u * static_cast<uint32_t>(oa + ob + oc);

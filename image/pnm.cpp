@@ -6,7 +6,9 @@
 
 #include <velk/VelkImage.h>
 #include <velk/report.h>
+#include "cfile.h"
 #include "destination.h"
+#include "outputchannel.h"
 
 namespace {
 
@@ -76,13 +78,13 @@ void writeAsciiSeparator(std::FILE* file, int& pixels) {
 }  // namespace
 
 int VelkImage::readPNM(const char* filename) {
-    std::FILE* file = std::fopen(filename, "rb");
+    velk::FilePtr owner = velk::openFile(filename, "rb");
+    std::FILE* file = owner.get();
     if (!file) return velk_ioerror(filename, nullptr);
 
     // A directory opens for reading but yields no bytes; say so instead.
     struct stat status;
     if (fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode)) {
-        std::fclose(file);
         errno = EISDIR;
         return velk_ioerror(filename, nullptr);
     }
@@ -104,18 +106,15 @@ int VelkImage::readPNM(const char* filename) {
     // the row arithmetic; they are no readable dimensions.
     if (converted != 2 || convertedMaxval != 1 || w > 0x7fffffffL || h > 0x7fffffffL ||
         velk::imageBytes(w, h, channels) < 0) {
-        std::fclose(file);
         return velk_ioerror(filename, "couldn't read dimensions");
     }
     if (!grey && !colour) {
-        std::fclose(file);
         if (usableAsFormat(filename)) return velk_error(filename, "no PNM header found");
         return velk_error("%s", filename);
     }
 
     setSize(static_cast<int>(w), static_cast<int>(h), channels);
     if (data == nullptr && width > 0 && height > 0) {
-        std::fclose(file);
         return velk_ioerror(filename, std::strerror(ENOMEM));
     }
 
@@ -141,14 +140,14 @@ int VelkImage::readPNM(const char* filename) {
             }
         }
     }
-    std::fclose(file);
     return 1;
 }
 
 int VelkImage::writePNM(const char* filename, int ascii) {
-    std::FILE* file = std::fopen(filename, "wb");
+    velk::FilePtr owner = velk::openFile(filename, "wb");
+    std::FILE* file = owner.get();
     if (!file) {
-        std::fprintf(stderr, "VelkImage: Can't open file %s\n", filename);
+        velk::writeStderr("VelkImage: Can't open file %s\n", filename);
         return 0;
     }
     bool colour = nChannels == 3;
@@ -175,7 +174,6 @@ int VelkImage::writePNM(const char* filename, int ascii) {
             }
         }
     }
-    std::fclose(file);
     return 1;
 }
 
@@ -189,14 +187,15 @@ int VelkImage::writeHistogram(const char* filename) {
             sum += data[i];
         }
     }
-    std::FILE* file = std::fopen(filename, "wb");
+    velk::FilePtr owner = velk::openFile(filename, "wb");
+    std::FILE* file = owner.get();
     if (!file) {
-        std::fprintf(stderr, "VelkImage: Can't write histogram %s\n", filename);
+        velk::writeStderr("VelkImage: Can't write histogram %s\n", filename);
         return 0;
     }
     for (int v = 0; v < 256; v++) std::fprintf(file, "%d %lld\n", v, counts[v]);
-    std::fclose(file);
-    std::printf("Mean = %g\n",
-                static_cast<double>(static_cast<float>(sum) / static_cast<float>(pixels)));
+    owner.reset();
+    velk::writeStdout("Mean = %g\n",
+                      static_cast<double>(static_cast<float>(sum) / static_cast<float>(pixels)));
     return 1;
 }

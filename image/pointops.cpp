@@ -6,6 +6,7 @@
 #include <velk/VelkImage.h>
 #include <velk/colorspace.h>
 #include "destination.h"
+#include "outputchannel.h"
 
 namespace {
 
@@ -20,13 +21,9 @@ unsigned char truncateToByte(double v) {
     return static_cast<unsigned char>(static_cast<int>(v));
 }
 
-void complain(const char* message) {
-    std::fputs(message, stderr);
-}
-
 bool sameSize(const VelkImage& a, const VelkImage& b) {
     if (a.width == b.width && a.height == b.height) return true;
-    complain("Images must have same size.\n");
+    velk::writeStderr("Images must have same size.\n");
     return false;
 }
 
@@ -109,7 +106,7 @@ void VelkImage::brighten(int lo, int hi, VelkImage* dst) {
 
 int VelkImage::glue(const VelkImage& r, const VelkImage& g, const VelkImage& b) {
     if (g.width != r.width || g.height != r.height || g.width != b.width || g.height != b.height) {
-        complain("Images must have equal size.\n");
+        velk::writeStderr("Images must have equal size.\n");
         return 0;
     }
     // Resizing comes first, so an operand that is this image is read from a copy.
@@ -126,13 +123,13 @@ int VelkImage::glue(const VelkImage& r, const VelkImage& g, const VelkImage& b) 
     // image as it was where the copy failed and empty where the new buffer did.
     const bool pixels = r.width > 0 && r.height > 0;
     if (copied && pixels && copy.data == nullptr) {
-        complain("Not enough memory.\n");
+        velk::writeStderr("Not enough memory.\n");
         return 0;
     }
     setSize(r.width, r.height, 3);
     if (pixels && data == nullptr) {
         setSize(0, 0, 3);
-        complain("Not enough memory.\n");
+        velk::writeStderr("Not enough memory.\n");
         return 0;
     }
     for (int y = 0; y < height; y++) {
@@ -214,7 +211,7 @@ int VelkImage::crop(int x0, int y0, int x1, int y1, VelkImage* dst) {
 int VelkImage::subtract(const VelkImage& other, VelkImage* dst) {
     if (!sameSize(*this, other)) return 0;
     if (nChannels != other.nChannels) {
-        complain("Images must have same number of channels.\n");
+        velk::writeStderr("Images must have same number of channels.\n");
         return 0;
     }
     VelkImage result(width, height, nChannels);
@@ -237,7 +234,7 @@ int VelkImage::mix(const VelkImage& other, VelkImage* dst) {
         colour = &other;
         grey = this;
     } else if (nChannels != 3 || other.nChannels != 1) {
-        complain("Illegal number of channels (1 and 3 required).\n");
+        velk::writeStderr("Illegal number of channels (1 and 3 required).\n");
         return 0;
     }
     VelkImage result(width, height, 3);
@@ -266,7 +263,7 @@ int VelkImage::mix(const VelkImage& other, VelkImage* dst) {
 int VelkImage::applyMask(const VelkImage& mask, VelkImage* dst) {
     if (!sameSize(*this, mask)) return 0;
     if (mask.nChannels != 1) {
-        complain("mask must only have one component.\n");
+        velk::writeStderr("mask must only have one component.\n");
         return 0;
     }
     // Only grey and RGB gain an alpha channel; anything else stays as it is.
