@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets (preset "fuzz": clang, ASan + UBSan) and runs
-# each for the given number of seconds, starting from its checked-in corpus.
+# each for the given number of seconds, starting from its checked-in corpus
+# and the test data folders fuzz/targets.txt names for it.
 #
 #   scripts/fuzz.sh <seconds> [target...]     (default: every target)
 #
-# New inputs go to build/fuzz/corpus/<target>, findings (crash-*, leak-*,
-# timeout-*, oom-*) to build/fuzz/artifacts/, logs to build/fuzz/logs/.
-# VELK_FUZZ_PARALLEL=N runs N targets at a time (default 1). Allocations
-# above VELK_FUZZ_MAX_ALLOC_MB (default 64) fail, as on a small machine: the
-# readers allocate what a header announces, and inputs announcing hundreds of
-# megabytes would otherwise dominate the run. Exits non-zero when any target
-# found something.
+# The build goes to $VELK_FUZZ_BUILD (default build/fuzz); new inputs go to
+# its corpus/<target>, findings (crash-*, leak-*, timeout-*, oom-*) to its
+# artifacts/, logs to its logs/. VELK_FUZZ_PARALLEL=N runs N targets at a
+# time (default 1). Allocations above VELK_FUZZ_MAX_ALLOC_MB (default 64)
+# fail, as on a small machine: the readers allocate what a header announces,
+# and inputs announcing hundreds of megabytes would otherwise dominate the
+# run. Exits non-zero when any target found something.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -20,17 +21,29 @@ if [ $# -lt 1 ] || ! [[ "$1" =~ ^[0-9]+$ ]]; then
 fi
 seconds=$1
 shift
-all=(readPNM vectorRead vectorReadUCD scalarRead scalarReadUCD readIcol drawFile drawUCD
-     compute scanConvert)
+# Every target, and the test data folders that seed it.
+all=()
+declare -A folders
+while read -r name rest; do
+    [[ -z $name || $name == \#* ]] && continue
+    all+=("$name")
+    folders[$name]=$rest
+done <fuzz/targets.txt
 targets=("$@")
 [ ${#targets[@]} -eq 0 ] && targets=("${all[@]}")
+for t in "${targets[@]}"; do
+    if [ -z "${folders[$t]+known}" ]; then
+        echo "unknown target: $t (known: ${all[*]})" >&2
+        exit 2
+    fi
+done
 parallel=${VELK_FUZZ_PARALLEL:-1}
 export ASAN_OPTIONS="allocator_may_return_null=1:max_allocation_size_mb=${VELK_FUZZ_MAX_ALLOC_MB:-64}${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
+build=${VELK_FUZZ_BUILD:-build/fuzz}
+cmake --preset fuzz -B "$build" >/dev/null
+cmake --build "$build" --parallel 2 --target "${targets[@]/%/_fuzz}"
 
-build=build/fuzz
 mkdir -p "$build/artifacts" "$build/logs"
 
 run_one() {
@@ -40,11 +53,13 @@ run_one() {
     local log="$build/logs/$t.log"
     local dict=()
     [ -f "fuzz/dict/$t.dict" ] && dict=(-dict="fuzz/dict/$t.dict")
+    local seeds=("fuzz/corpus/$t")
+    for f in ${folders[$t]}; do seeds+=("tests/data/$f"); done
     mkdir -p "$work"
     # The first directory receives new inputs; the checked-in seeds are read only.
     if "$bin" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2560 -max_len=16384 \
         -print_final_stats=1 -artifact_prefix="$build/artifacts/$t-" "${dict[@]}" \
-        "$work" "fuzz/corpus/$t" >"$log" 2>&1; then
+        "$work" "${seeds[@]}" >"$log" 2>&1; then
         local runs rate
         runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
         rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
@@ -60,10 +75,6 @@ run_one() {
 status=0
 running=0
 for t in "${targets[@]}"; do
-    if [ ! -x "$build/fuzz/${t}_fuzz" ]; then
-        echo "unknown target: $t (known: ${all[*]})" >&2
-        exit 2
-    fi
     run_one "$t" &
     running=$((running + 1))
     if [ "$running" -ge "$parallel" ]; then
