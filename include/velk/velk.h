@@ -20,6 +20,7 @@
 
 #include <velk/UxSobol.h>
 #include <velk/VelkCompute.h>
+#include <velk/enhancedlic.h>
 
 #include <velk/VelkColormap.h>
 #include <velk/VelkScalarField.h>
