@@ -30,6 +30,13 @@ run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/tests/consumer/project" -B "${consumer_
 run("${CMAKE_COMMAND}" --build "${consumer_build}" -j 2)
 run("${consumer_build}/consumer")
 
+# A consumer that includes an internal header by name does not compile.
+execute_process(COMMAND "${CMAKE_COMMAND}" --build "${consumer_build}" --target internal_probe
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(result EQUAL 0 OR NOT output MATCHES "periodic.h")
+    message(FATAL_ERROR "internal header reachable from a consumer (${result}):\n${output}")
+endif()
+
 if(MODE STREQUAL "installed")
     # The package also answers pkg-config.
     run(env "PKG_CONFIG_PATH=${prefix}/lib/pkgconfig" pkg-config --exists velk)
