@@ -1,13 +1,13 @@
 #include "TestSupport.h"
 
-#include <gtest/gtest.h>
-
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-
-#include <velk/report.h>
+#include <map>
+#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -80,6 +80,108 @@ std::string dataPath(const std::string& name) {
 
 int openFileCount() {
     return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
+}
+
+VelkImage makeImage(int width, int height, int channels, const Bytes& values) {
+    VelkImage image(width, height, channels);
+    for (size_t i = 0; i < values.size(); i++) image.data[i] = static_cast<unsigned char>(values[i]);
+    return image;
+}
+
+Bytes bytesOf(const VelkImage& image) {
+    Bytes bytes;
+    for (int y = 0; image.data && y < image.height; y++) {
+        const unsigned char* row = image.data + y * image.bytesPerLine;
+        bytes.insert(bytes.end(), row, row + image.width * image.nChannels);
+    }
+    return bytes;
+}
+
+std::string picture(const VelkImage& image) {
+    std::string text;
+    for (int y = image.height - 1; y >= 0; y--) {
+        for (int x = 0; x < image.width; x++) {
+            int v = image.data[y * image.bytesPerLine + x * image.nChannels];
+            text += v == 0 ? '.' : v == 255 ? '#' : '+';
+        }
+        if (y > 0) text += '/';
+    }
+    return text;
+}
+
+Hash& Hash::bytes(const void* p, std::size_t n) {
+    for (std::size_t i = 0; i < n; i++) {
+        h ^= static_cast<const unsigned char*>(p)[i];
+        h *= 1099511628211ull;
+    }
+    return *this;
+}
+
+Hash& Hash::add(int v) {
+    const std::uint32_t u = static_cast<std::uint32_t>(v);
+    const unsigned char le[4] = {static_cast<unsigned char>(u), static_cast<unsigned char>(u >> 8),
+                                 static_cast<unsigned char>(u >> 16),
+                                 static_cast<unsigned char>(u >> 24)};
+    return bytes(le, 4);
+}
+
+Hash& Hash::add(float v) {
+    std::int32_t bits;
+    std::memcpy(&bits, &v, 4);
+    return add(static_cast<int>(bits));
+}
+
+Hash& Hash::add(const std::string& text) {
+    return add(static_cast<int>(text.size())).bytes(text.data(), text.size());
+}
+
+Hash& Hash::add(const VelkImage& image) {
+    add(image.width).add(image.height).add(image.nChannels);
+    for (int y = 0; image.data && y < image.height; y++)
+        bytes(image.data + y * image.bytesPerLine, static_cast<std::size_t>(image.width) * image.nChannels);
+    return *this;
+}
+
+std::string Hash::hex() const {
+    char text[17];
+    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(h));
+    return text;
+}
+
+void expectRecorded(const std::string& file, const Hashes& hashes) {
+    if (const char* dir = std::getenv("VELK_RECORD_HASHES")) {
+        fs::create_directories(fs::path(std::string(dir) + "/" + file).parent_path());
+        std::ofstream out(std::string(dir) + "/" + file);
+        for (const auto& h : hashes) out << h.first << ' ' << h.second << '\n';
+        GTEST_SKIP() << "hashes written to " << dir << "/" << file;
+    }
+    std::map<std::string, std::string> recorded;
+    std::istringstream in(readFile(dataPath(file)));
+    for (std::string name, hash; in >> name >> hash;) recorded[name] = hash;
+    EXPECT_EQ(recorded.size(), hashes.size()) << file << ": the recorded set and the table differ";
+    for (const auto& h : hashes) {
+        const auto it = recorded.find(h.first);
+        if (it == recorded.end())
+            ADD_FAILURE() << h.first << " has no recorded hash in " << file;
+        else
+            EXPECT_EQ(h.second, it->second) << h.first;
+    }
+}
+
+Grid::Grid(int w, int h, const std::function<Vec2f(int, int)>& f) : width(w), height(h) {
+    for (int j = 0; j < h; j++)
+        for (int i = 0; i < w; i++) nodes.push_back(f(i, j));
+}
+
+const char* const kSchemes[5] = {"euler", "midpoint", "rk43", "rkck", "rkdp"};
+
+std::unique_ptr<VelkIntegrator> makeScheme(const std::string& name, int direction,
+                                           float tolerance) {
+    if (name == "euler") return std::make_unique<Euler>(direction);
+    if (name == "midpoint") return std::make_unique<Midpoint>(direction);
+    if (name == "rk43") return std::make_unique<RK43>(tolerance, 4.0f, 0.5f, 15.0f, direction);
+    if (name == "rkck") return std::make_unique<RKCK>(tolerance, 4.0f, 0.5f, 15.0f, direction);
+    return std::make_unique<RKDP>(tolerance, 4.0f, 0.5f, 15.0f, direction);
 }
 
 }  // namespace velktest
