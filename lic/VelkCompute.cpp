@@ -6,10 +6,11 @@
 
 #include <velk/Midpoint.h>
 #include <velk/RK43.h>
-#include <velk/UxSobol.h>
 #include <velk/VelkImage.h>
 #include <velk/VelkVectorField.h>
 #include <velk/report.h>
+#include "TiledSeeding.h"
+#include "celllayout.h"
 
 namespace {
 
@@ -30,21 +31,33 @@ int stepCount(double v) {
 }
 
 // Each output pixel becomes its channel sums divided by its hits (0 without
-// hits); returns the hits of all pixels. kSubCells and kChannels are the
-// counts when known at compile time, 0 otherwise.
+// hits); returns the hits of all pixels. The cells are visited in memory
+// order, tile by tile. kSubCells and kChannels are the counts when known at
+// compile time, 0 otherwise.
 template <int kSubCells, int kChannels>
-long long normalize(const int* accum, unsigned char* out, int pixels, int subCells, int channels) {
+long long normalize(const int* accum, unsigned char* out, const velk::CellLayout<float, int>& cells,
+                    int subCells, int channels) {
     const int nSub = kSubCells != 0 ? kSubCells : subCells;
     const int nch = kChannels != 0 ? kChannels : channels;
     const int stride = nSub + nch;
+    const int tile = cells.tileSize, width = cells.width, height = cells.height;
     const int* cell = accum;
     long long total = 0;
-    for (int p = 0; p < pixels; p++, cell += stride, out += nch) {
-        int hits = 0;
-        for (int s = 0; s < nSub; s++) hits += cell[s];
-        total += hits;
-        for (int ch = 0; ch < nch; ch++) {
-            out[ch] = static_cast<unsigned char>(hits != 0 ? cell[nSub + ch] / hits : 0);
+    for (int y0 = 0; y0 < height; y0 += tile) {
+        const int rows = height - y0 < tile ? height - y0 : tile;
+        for (int x0 = 0; x0 < width; x0 += tile) {
+            const int columns = width - x0 < tile ? width - x0 : tile;
+            for (int y = y0; y < y0 + rows; y++) {
+                unsigned char* o = out + (static_cast<std::size_t>(y) * width + x0) * nch;
+                for (int x = 0; x < columns; x++, cell += stride, o += nch) {
+                    int hits = 0;
+                    for (int s = 0; s < nSub; s++) hits += cell[s];
+                    total += hits;
+                    for (int ch = 0; ch < nch; ch++) {
+                        o[ch] = static_cast<unsigned char>(hits != 0 ? cell[nSub + ch] / hits : 0);
+                    }
+                }
+            }
         }
     }
     return total;
@@ -92,6 +105,8 @@ VelkCompute::VelkCompute()
       zaehlrohr(),
       getPixel(nullptr),
       threads(0),
+      cellShift(velk::kRowOrderShift),
+      tileLog(nullptr),
       positions(nullptr) {}
 
 VelkCompute::~VelkCompute() {
@@ -179,6 +194,8 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     nExtension = stepCount(extensionLength / stepSize + 0.5f);
     nTotal = nFilter + nExtension;
     zaehlrohrBase = 0;
+    // Hosts that sample lines themselves see the cells in row order.
+    cellShift = velk::kRowOrderShift;
 
     // Left-overs of a start() without stop().
     releaseBuffers();
@@ -266,111 +283,32 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
     // A seed map can only be filled from a mask. Without sub-pixels there is
     // nothing to seed.
     VelkImage* map = mask ? seedMap : nullptr;
-    switch (numSubPixels >= 1 ? seedingMode : -1) {
-        case 0:
-            seedScan(mask, map);
-            break;
-        case 1:
-            seedOffset(mask, map);
-            break;
-        case 2:
-            seedSobol(mask, map);
-            break;
-        default:
-            break;
+    const int mode = numSubPixels >= 1 ? seedingMode : -1;
+    cellShift = velk::kTileShift;
+    if (threads != 0) {
+        const int workers = threads > 0 ? threads : velk::coreCount();
+        if (!velk::TiledSeeding(*this, mask, map).run(mode, workers)) {
+            stop();
+            return velk_error("can't allocate the seeding state of a %dx%d LIC image", width,
+                              height);
+        }
+    } else if (mode == 0) {
+        seedScan(mask, map);
+    } else if (mode == 1) {
+        seedOffset(mask, map);
+    } else if (mode == 2) {
+        seedSobol(mask, map);
     }
 
     output->setSize(width, height, nChannels);
+    const velk::CellLayout<float, int> cells = velk::cellLayout(cellShift, width, height);
     const long long total =
         numSubCells == 1 && nChannels == 1
-            ? normalize<1, 1>(accum, output->data, width * height, 1, 1)
-            : normalize<0, 0>(accum, output->data, width * height, numSubCells, nChannels);
+            ? normalize<1, 1>(accum, output->data, cells, 1, 1)
+            : normalize<0, 0>(accum, output->data, cells, numSubCells, nChannels);
     totalHits = total > INT_MAX ? INT_MAX : static_cast<int>(total);
     stop();
     return 1;
-}
-
-void VelkCompute::seedPixel(int x, int y, int sub, VelkImage* mask, VelkImage* seedMap) {
-    const int N = numSubPixels;
-    const float rx = 1.0f / xScale;
-    const float ry = 1.0f / yScale;
-    const int sx = sub % N;
-    const int sy = sub / N;
-    const Vec2f seed = {
-        (static_cast<float>(x) + (static_cast<float>(sx) + 0.5f) / static_cast<float>(N)) * rx,
-        (static_cast<float>(y) + (static_cast<float>(sy) + 0.5f) / static_cast<float>(N)) * ry};
-    sample(seed);
-    if (seedMap) {
-        int value;
-        getPixelConst1(mask, seed.x, seed.y, &value);
-        seedMap->data[static_cast<std::size_t>(y) * width + x] = static_cast<unsigned char>(value);
-    }
-}
-
-void VelkCompute::seedScan(VelkImage* mask, VelkImage* seedMap) {
-    const int N = numSubPixels;
-    for (int sub = 0; sub < N * N; sub++) {
-        for (int y = 0; y < height; y++) {
-            for (int x = 0; x < width; x++) {
-                if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
-                    seedPixel(x, y, sub, mask, seedMap);
-                }
-            }
-        }
-    }
-}
-
-void VelkCompute::seedOffset(VelkImage* mask, VelkImage* seedMap) {
-    const int N = numSubPixels;
-    for (int sub = 0; sub < N * N; sub++) {
-        for (const int* o : offset) {
-            for (int y = o[1]; y < height; y += 4) {
-                for (int x = o[0]; x < width; x += 4) {
-                    if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
-                        seedPixel(x, y, sub, mask, seedMap);
-                    }
-                }
-            }
-        }
-    }
-}
-
-void VelkCompute::seedSobol(VelkImage* mask, VelkImage* seedMap) {
-    const int N = numSubPixels;
-    const int pixels = width * height;
-    if (pixels < 1) return;
-    UxSobol sobol;
-    sobol.xTable = nullptr;
-    sobol.yTable = nullptr;
-    sobol.init(width * N, height * N);
-    if (sobol.xTable == nullptr || sobol.yTable == nullptr) {
-        std::free(sobol.xTable);
-        std::free(sobol.yTable);
-        velk_error("not enough memory for the Sobol seed order");
-        return;
-    }
-    const int nx = sobol.nx;
-    const int ny = sobol.ny;
-    for (;;) {
-        const int xi = sobol.xTable[sobol.xIndex];
-        const int yi = sobol.yTable[sobol.yIndex % ny];
-        sobol.xIndex++;
-        sobol.yIndex++;
-        if (sobol.xIndex == nx) {
-            // Each pass over x meets the y sequence shifted by one.
-            sobol.xIndex = 0;
-            sobol.yIndex -= nx - 1;
-        }
-        if (++sobol.count >= pixels) break;
-        const int x = xi / N;
-        const int y = yi / N;
-        const int sub = xi % N + N * (yi % N);
-        if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
-            seedPixel(x, y, sub, mask, seedMap);
-        }
-    }
-    std::free(sobol.xTable);
-    std::free(sobol.yTable);
 }
 
 void VelkCompute::evalZaehlrohr() {

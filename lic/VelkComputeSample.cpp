@@ -7,6 +7,7 @@
 #include <velk/VelkVectorField.h>
 #include "bilinear.h"
 #include "linesums.h"
+#include "linetools.h"
 #include "linetrace.h"
 #include "recordfill.h"
 #include "texture.h"
@@ -43,20 +44,28 @@ void VelkCompute::getPixelBilinearN(VelkImage* image, float x, float y, int* out
 }
 
 void VelkCompute::sample(const Vec2f& seed) {
+    velk::LineTools tools = {forward, backward, positions, points, samples, sums, 0, 0};
+    if (velk::sampleLine(*this, cellShift, tools, seed, false)) numFieldLines++;
+}
+
+bool velk::sampleLine(const VelkCompute& e, int cellShift, LineTools& tools, const Vec2f& seed,
+                      bool atomic) {
     // Buffers from start(), and the sub-pixel and channel counts they were sized
     // for (setNumSubPixels only takes effect at the next start).
-    if (!points || nFilter < 1 || numSubPixels < 1 ||
-        static_cast<long long>(numSubPixels) * numSubPixels != numSubCells ||
-        input->nChannels != nChannels) {
-        return;
+    const int n = e.nFilter;
+    if (!tools.points || n < 1 || e.numSubPixels < 1 ||
+        static_cast<long long>(e.numSubPixels) * e.numSubPixels != e.numSubCells ||
+        e.input->nChannels != e.nChannels) {
+        return false;
     }
+    const VelkVectorField* field = e.field;
     const int W = field->width;
     const int H = field->height;
     // The seed needs its four nodes (mirrored at the last column and row).
     if (W < 2 || H < 2 ||
         !(seed.x >= 0.0f && seed.x <= static_cast<float>(W - 1) && seed.y >= 0.0f &&
           seed.y <= static_cast<float>(H - 1))) {
-        return;
+        return false;
     }
 
     const int ix = static_cast<int>(seed.x);
@@ -70,43 +79,54 @@ void VelkCompute::sample(const Vec2f& seed) {
     const Vec2f* n10 = n00 + dx;
     const Vec2f* n01 = n00 + dy;
     const Vec2f* n11 = n01 + dx;
-    const float vx = velk::bilinear(n00->x, n10->x, n01->x, n11->x, fx, fy);
-    const float vy = velk::bilinear(n00->y, n10->y, n01->y, n11->y, fx, fy);
+    const float vx = bilinear(n00->x, n10->x, n01->x, n11->x, fx, fy);
+    const float vy = bilinear(n00->y, n10->y, n01->y, n11->y, fx, fy);
     const float length2 = vx * vx + vy * vy;
-    if (length2 == 0.0f || std::isnan(length2)) return;
+    if (length2 == 0.0f || std::isnan(length2)) return false;
 
-    numFieldLines++;
     const float length = std::sqrt(length2);
     const Vec2f direction = {vx / length, vy / length};
-    forward->init(seed, direction);
-    backward->init(seed, direction);
+    tools.forward->init(seed, direction);
+    tools.backward->init(seed, direction);
 
-    const int n = nFilter;
-    const int c = nTotal;
-    positions[c] = seed;
-
+    const int c = e.nTotal;
+    tools.positions[c] = seed;
     int ahead = 0, behind = 0;
-    velk::traceLine(*forward, *backward, positions + c, points + c, n, nExtension, ahead, behind);
+    traceLine(*tools.forward, *tools.backward, tools.positions + c, tools.points + c, n,
+              e.nExtension, ahead, behind);
     const int lo = c - n - behind;
     const int hi = c + n + ahead;
+    tools.lo = lo;
+    tools.hi = hi;
 
     // The records are filled after the tracing: the loop keeps the engine's
     // scales in registers instead of reloading them around every call.
-    const velk::LookupKind kind = lookupKind(getPixel);
-    const velk::Texture texture = textureOf(input);
-    const velk::RecordFill fill = {{xScale, yScale, xMax, yMax, texture.periodX, texture.periodY,
-                                    width, height, static_cast<float>(width)},
-                                   numSubPixels,
-                                   nChannels,
-                                   input,
-                                   texture,
-                                   getPixel,
-                                   accum,
-                                   cellStride};
-    velk::fillLine(fill, kind, positions, points, samples, lo, lo + n, hi - n, hi);
+    const LookupKind kind = lookupKind(e.getPixel);
+    const Texture texture = textureOf(e.input);
+    const RecordFill fill = {{e.xScale, e.yScale, e.xMax, e.yMax, texture.periodX, texture.periodY,
+                              cellLayout(cellShift, e.width, e.height)},
+                             e.numSubPixels,
+                             e.nChannels,
+                             e.input,
+                             texture,
+                             e.getPixel,
+                             e.accum,
+                             e.cellStride};
+    fillLine(fill, kind, tools.positions, tools.points, tools.samples, lo, lo + n, hi - n, hi);
 
     // The library's lookups deliver bytes; a host's own may not.
-    const velk::LineSums line = {samples,   sums, points, accum, cellStride, numSubCells,
-                                 nChannels, c,    lo,     hi,    n};
-    velk::convolveLine(line, filterKernel, kind != velk::kLookupPointer);
+    const LineSums line = {tools.samples,
+                           tools.sums,
+                           tools.points,
+                           e.accum,
+                           e.cellStride,
+                           e.numSubCells,
+                           e.nChannels,
+                           c,
+                           lo,
+                           hi,
+                           n,
+                           atomic};
+    convolveLine(line, e.filterKernel, kind != kLookupPointer);
+    return true;
 }

@@ -21,14 +21,20 @@ struct Lanes {
     explicit Lanes(const RecordFill& f) {
         const PointGeometry<float, int>& g = f.geometry;
         const Texture& t = f.texture;
-        geometry = {splat(g.xScale), splat(g.yScale),  splat(g.xMax),
-                    splat(g.yMax),   splat(g.periodX), splat(g.periodY),
-                    splat(g.width),  splat(g.height),  splat(g.widthF)};
+        const CellLayout<float, int>& c = g.cells;
+        geometry = {splat(g.xScale),
+                    splat(g.yScale),
+                    splat(g.xMax),
+                    splat(g.yMax),
+                    splat(g.periodX),
+                    splat(g.periodY),
+                    {splat(c.tileMask), splat(c.tileSize), splat(c.width), splat(c.height),
+                     splat(c.widthF)}};
         twoPeriodsX = splat(2.0f * g.periodX);
         twoPeriodsY = splat(2.0f * g.periodY);
         rowBytes = splat(static_cast<float>(t.bytesPerLine));
         channels = splat(static_cast<float>(t.nChannels));
-        spare = splat(g.width * g.height);
+        spare = splat(c.width * c.height);
         wrappable = g.periodX > 0.0f && g.periodY > 0.0f;
         smallOffsets = t.bytesPerLine >= 0 && t.nChannels >= 0 &&
                        static_cast<double>(t.bytesPerLine) * (g.periodY + 2.0) +
@@ -39,7 +45,8 @@ struct Lanes {
 
 // Whether fillFour serves the image: fewer than 2^24 output pixels.
 inline bool smallImage(const RecordFill& f) {
-    return static_cast<double>(f.geometry.width) * f.geometry.height + 1.0 < kExactFloatInts;
+    return static_cast<double>(f.geometry.cells.width) * f.geometry.cells.height + 1.0 <
+           kExactFloatInts;
 }
 
 // The second half of fillFour: output pixels (kPixels; with, for lanes inside

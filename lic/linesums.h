@@ -16,6 +16,7 @@ struct LineSums {
     int* accum;
     int cellStride, numSubCells, channels;
     int c, lo, hi, n;
+    bool atomic;  // other threads add to the same cells meanwhile
 };
 
 // Convolves the line with `kernel` (0 box, 1 triangle, 2 cubic; any other

@@ -1,20 +1,20 @@
 #ifndef VELK_LIC_POINTGEOMETRY_H
 #define VELK_LIC_POINTGEOMETRY_H
 
+#include "celllayout.h"
 #include "lanes.h"
 
 namespace velk {
 
 // Where a traced point (x, y) in field coordinates lands: its texture position
-// (x * xScale, y * yScale) and its output pixel. Written once for one record
-// (F float, I int) and for four (Float4, Int4).
+// (x * xScale, y * yScale) and the accumulation cell of its output pixel. Written once for one
+// record (F float, I int) and for four (Float4, Int4).
 template <class F, class I>
 struct PointGeometry {
     F xScale, yScale;
     F xMax, yMax;        // field width and height - 1.001
     F periodX, periodY;  // texture width and height - 1
-    I width, height;     // of the output
-    F widthF;            // width, for four-record indices formed exactly as floats
+    CellLayout<F, I> cells;
 
     // The usual case: inside the field and within the first texture period.
     // Neither position wraps, and the texel is the output pixel (trunc(xScale
@@ -40,19 +40,13 @@ struct PointGeometry {
     // width on a field much finer than the image.
     VELK_ALWAYS_INLINE I column(F xw) const {
         const I px = toInt(xScale * xw);
-        return select(px >= width, width - 1, px);
+        return select(px >= cells.width, cells.width - 1, px);
     }
     VELK_ALWAYS_INLINE I row(F yw) const {
         const I py = toInt(yScale * yw);
-        return select(py >= height, height - 1, py);
+        return select(py >= cells.height, cells.height - 1, py);
     }
-    VELK_ALWAYS_INLINE I pixelOf(I px, I py) const { return pixelIndex(px, py, width, widthF); }
-
-  private:
-    VELK_ALWAYS_INLINE static int pixelIndex(int px, int py, int w, float) { return px + py * w; }
-    VELK_ALWAYS_INLINE static Int4 pixelIndex(Int4 px, Int4 py, Int4, Float4 w) {
-        return toInt(toFloat(py) * w + toFloat(px));
-    }
+    VELK_ALWAYS_INLINE I pixelOf(I px, I py) const { return cells.cellOf(px, py); }
 };
 
 }  // namespace velk

@@ -52,7 +52,7 @@ VELK_ALWAYS_INLINE void placeRecord(const RecordFill& f, Vec2f p, VelkCompute::L
         point.pixel = g.pixelOf(g.column(xw), g.row(yw));
         point.subPixel = subPixelOf<kSubPixels>(f, xw, yw);
     } else {
-        point.pixel = g.width * g.height;
+        point.pixel = g.cells.width * g.cells.height;
         point.subPixel = 0;
     }
 }

@@ -1,6 +1,7 @@
 #ifndef VELK_VELKCOMPUTE_H
 #define VELK_VELKCOMPUTE_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include <velk/UxWatch.h>
@@ -10,6 +11,10 @@
 class VelkImage;
 class VelkIntegrator;
 class VelkVectorField;
+namespace velk {
+class TiledSeeding;
+struct TileLog;
+}  // namespace velk
 
 // The line integral convolution engine. Every output pixel is the input texture
 // filtered along the field line through it; one traced line feeds up to
@@ -131,12 +136,18 @@ class VELK_EXPORT VelkCompute {
     static void getPixelBilinear1(VelkImage* image, float x, float y, int* out);
 
   private:
-    int threads;       // as set by setThreads
-    Vec2f* positions;  // the traced points of a line, one per record
+    friend class velk::TiledSeeding;
+    int threads;             // as set by setThreads
+    int cellShift;           // accumulation cells in tiles of 2^cellShift pixels squared
+    velk::TileLog* tileLog;  // where the tiled seeding records its work (measurements)
+    Vec2f* positions;        // the traced points of a line, one per record
     void seedScan(VelkImage* mask, VelkImage* seedMap);
     void seedOffset(VelkImage* mask, VelkImage* seedMap);
     void seedSobol(VelkImage* mask, VelkImage* seedMap);
     void seedPixel(int x, int y, int sub, VelkImage* mask, VelkImage* seedMap);
+    std::size_t cellOf(int x, int y) const;
+    Vec2f seedOf(int x, int y, int sub) const;
+    void markSeed(const Vec2f& seed, int x, int y, VelkImage* mask, VelkImage* seedMap) const;
     void replaceIntegrators(VelkIntegrator* forward, VelkIntegrator* backward);
     void releaseBuffers();
 };

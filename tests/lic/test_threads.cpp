@@ -1,0 +1,84 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include <velk/velk.h>
+#include "TestSupport.h"
+
+// The tiled algorithm (setThreads(n), n >= 1) gives the same bytes for every
+// thread count, whatever the settings and however the threads are scheduled.
+
+namespace {
+
+// Same behaviour, a type the engine cannot copy for its threads.
+class HostRK43 : public RK43 {
+  public:
+    using RK43::RK43;
+};
+
+struct ThreadCase {
+    int width, height;  // of the texture; tiles are 64 pixels, partial at the edges
+    int kernel, subPixels, channels, seeding, interpolation;
+    bool euler, saddle, withMask, hostIntegrators;
+};
+
+struct Result {
+    velktest::Bytes output, seedMap;
+    int lines;
+};
+
+Result computeWith(const ThreadCase& c, int threads) {
+    VelkVectorField field(41, 31, nullptr);
+    if (c.saddle) {
+        field.setSaddle();
+    } else {
+        field.setCircle(0.3f);
+    }
+    VelkImage texture(c.width, c.height, c.channels);
+    texture.createRandom(0, 7);
+    VelkCompute engine;
+    engine.setFilterKernel(static_cast<VelkCompute::FilterKernel>(c.kernel));
+    engine.setNumSubPixels(c.subPixels);
+    engine.seedingMode = c.seeding;
+    engine.setInterpolationMethod(static_cast<VelkCompute::InterpolationMethod>(c.interpolation));
+    if (c.euler) engine.useEuler();
+    if (c.hostIntegrators) {
+        engine.forward = new HostRK43(0.001f, 4.0f, 0.5f, 15.0f, +1);
+        engine.backward = new HostRK43(0.001f, 4.0f, 0.5f, 15.0f, -1);
+    }
+    engine.setThreads(threads);
+    VelkImage mask(field.width, field.height, 1), seedMap, output;
+    mask.createRandom(0, 3);
+    EXPECT_EQ(engine.compute(&field, &texture, &output, c.withMask ? &mask : nullptr,
+                             c.withMask ? &seedMap : nullptr),
+              1);
+    return {velktest::bytesOf(output), c.withMask ? velktest::bytesOf(seedMap) : velktest::Bytes(),
+            engine.numFieldLines};
+}
+
+}  // namespace
+
+TEST(Threads, SameBytesForEveryThreadCount) {
+    const ThreadCase cases[] = {
+        {300, 200, 1, 1, 1, 1, 1, false, false, false, false},
+        {300, 200, 0, 2, 3, 0, 0, true, true, true, false},
+        {257, 130, 2, 1, 1, 2, 1, false, true, false, false},
+        {200, 190, 1, 3, 3, 2, 0, true, false, true, false},
+        {130, 129, 2, 2, 1, 0, 1, false, false, false, false},
+        {50, 40, 1, 1, 1, 1, 1, false, true, true, false},
+        {200, 150, 1, 1, 1, 1, 1, false, false, false, true},
+    };
+    for (const ThreadCase& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " kernel " << c.kernel
+                                        << " sub " << c.subPixels << " seeding " << c.seeding);
+        const Result one = computeWith(c, 1);
+        EXPECT_GT(one.lines, 0);
+        for (int threads : {2, 3, 7}) {
+            const Result many = computeWith(c, threads);
+            EXPECT_EQ(many.output, one.output)
+                << c.width << "x" << c.height << " k" << c.kernel << " threads " << threads;
+            EXPECT_EQ(many.seedMap, one.seedMap);
+            EXPECT_EQ(many.lines, one.lines);
+        }
+    }
+}
