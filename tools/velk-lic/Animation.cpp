@@ -9,7 +9,7 @@ TextureAdvector::TextureAdvector(const Options& o, VelkVectorField& field, const
       xScale(static_cast<float>(source.width) / static_cast<float>(field.width - 1)),
       yScale(static_cast<float>(source.height) / static_cast<float>(field.height - 1)) {
     // Traced against the field, so that the pattern moves along it.
-    if (o.midpoint) {
+    if (o.integrator == Integrator::Midpoint) {
         integrator.reset(new Midpoint(-1));
     } else {
         integrator.reset(new RK43(o.rk43[3], o.rk43[0], o.rk43[1], o.rk43[2], -1));

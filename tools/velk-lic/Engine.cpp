@@ -18,13 +18,13 @@ constexpr std::uint64_t kMaxAccumBytes = std::uint64_t(1) << 30;
 }  // namespace
 
 void configureEngine(const Options& o, VelkCompute& engine) {
-    engine.setFilterKernel(static_cast<VelkCompute::FilterKernel>(o.kernel));
+    engine.setFilterKernel(o.kernel);
     engine.setFilterLength(o.length);
     engine.setNumSubPixels(o.subPixels);
-    engine.setInterpolationMethod(static_cast<VelkCompute::InterpolationMethod>(o.lookup));
+    engine.setInterpolationMethod(o.lookup);
     engine.setNormalization(o.normalization);
-    engine.seedingMode = o.seeding;
-    if (o.midpoint) {
+    engine.seedingMode = static_cast<int>(o.seeding);
+    if (o.integrator == Integrator::Midpoint) {
         engine.useEuler();
     } else {
         engine.useRK43(o.rk43[0], o.rk43[1], o.rk43[2], o.rk43[3]);

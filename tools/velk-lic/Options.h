@@ -3,16 +3,20 @@
 
 #include <string>
 
+#include <velk/VelkCompute.h>
+
 struct Size {
     int width;
     int height;
 };
 
 enum class FieldSource { Circle, Saddle, Linear, Brusselator, File, Ucd, Image, Scalar };
-enum class NoiseKind { Grey, Binary, Colour };
+enum class NoiseKind { Grey, Binary, Color };
+enum class Integrator { Rk43, Midpoint };
+enum class Seeding { Scan, Offset, Sobol };  // the engine's seedingMode values
 enum class Contrast { Auto, Brighten, None };
 enum class Emboss { None, Light, Flow };
-enum class Colouring { None, Direction, Magnitude, Scalar };
+enum class Coloring { None, Direction, Magnitude, Scalar };
 enum class OutputFormat { Png, Pnm };
 
 // Everything the command line sets, with the defaults --help shows.
@@ -43,14 +47,14 @@ struct Options {
     std::string texturePath;
 
     // Engine.
-    int kernel = 1;
+    VelkCompute::FilterKernel kernel = VelkCompute::TRIANGLE;
     float length = 20.0f;
     int subPixels = 1;
-    int lookup = 1;
-    bool midpoint = false;
+    VelkCompute::InterpolationMethod lookup = VelkCompute::BILINEAR;
+    Integrator integrator = Integrator::Rk43;
     float rk43[4] = {4.0f, 0.5f, 15.0f, 0.001f};  // initial, min, max step; tolerance
     float normalization = 0.0f;
-    int seeding = 1;
+    Seeding seeding = Seeding::Offset;
     std::string maskPath;
 
     // Post-processing.
@@ -63,8 +67,8 @@ struct Options {
     Emboss emboss = Emboss::None;
     float light[2] = {135.0f, 45.0f};  // degrees
     int relief = 3;
-    Colouring colouring = Colouring::None;
-    std::string colourScalarPath;
+    Coloring coloring = Coloring::None;
+    std::string colorScalarPath;
     std::string colormap = "hue";
     bool hasRange = false;
     float range[2] = {0.0f, 1.0f};

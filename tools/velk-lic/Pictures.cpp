@@ -51,9 +51,9 @@ void readPng(const std::string& path, const char* role, VelkImage& image) {
         png_image_free(&png);
         checkSide(path, role, static_cast<long>(png.width), static_cast<long>(png.height));
     }
-    const bool colour = (png.format & PNG_FORMAT_FLAG_COLOR) != 0;
-    png.format = colour ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-    const int channels = colour ? 3 : 1;
+    const bool color = (png.format & PNG_FORMAT_FLAG_COLOR) != 0;
+    png.format = color ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+    const int channels = color ? 3 : 1;
     image.setSize(static_cast<int>(png.width), static_cast<int>(png.height), channels);
     // Transparent pixels are composed onto the buffer: make that black.
     image.clear(0);
@@ -63,13 +63,13 @@ void readPng(const std::string& path, const char* role, VelkImage& image) {
 }
 
 long pnmBytes(const VelkImage& image, bool ascii) {
-    const bool colour = image.nChannels == 3;
+    const bool color = image.nChannels == 3;
     char header[64];
-    int headerBytes = std::snprintf(header, sizeof header, "P%c\n%d %d\n255\n",
-                                    colour ? (ascii ? '3' : '6') : (ascii ? '2' : '5'), image.width,
-                                    image.height);
+    int headerBytes =
+        std::snprintf(header, sizeof header, "P%c\n%d %d\n255\n",
+                      color ? (ascii ? '3' : '6') : (ascii ? '2' : '5'), image.width, image.height);
     long pixels = static_cast<long>(image.width) * image.height;
-    long perPixel = ascii ? (colour ? 12 : 5) : (colour ? 3 : 1);
+    long perPixel = ascii ? (color ? 12 : 5) : (color ? 3 : 1);
     return headerBytes + pixels * perPixel;
 }
 

@@ -125,13 +125,13 @@ void setRange(VelkColormap& map, float lo, float hi) {
 
 PostProcessor::PostProcessor(const Options& options, VelkVectorField& field)
     : options(options), field(field) {
-    const Colouring c = options.colouring;
-    if (c != Colouring::Magnitude && c != Colouring::Scalar) return;
+    const Coloring c = options.coloring;
+    if (c != Coloring::Magnitude && c != Coloring::Scalar) return;
     loadColormap(options.colormap, colormap);
     if (options.flip) colormap.flip(nullptr);
     if (options.gamma != 1.0f) colormap.gamma(options.gamma, nullptr);
-    if (c == Colouring::Scalar) {
-        const std::string& path = options.colourScalarPath;
+    if (c == Coloring::Scalar) {
+        const std::string& path = options.colorScalarPath;
         scalar.reset(new VelkScalarField);
         console::clearLibraryError();
         if (!scalar->read(path.c_str()))
@@ -156,7 +156,7 @@ void PostProcessor::apply(VelkImage& picture) {
     } else if (options.emboss == Emboss::Flow) {
         picture.emboss(field, nullptr);
     }
-    colour(picture);
+    color(picture);
     drawOverlays(options, picture);
 }
 
@@ -188,41 +188,41 @@ void PostProcessor::blur(VelkImage& picture) {
     picture.glue(bands[0], bands[1], bands[2]);
 }
 
-void PostProcessor::colour(VelkImage& picture) {
-    if (options.colouring == Colouring::None) return;
+void PostProcessor::color(VelkImage& picture) {
+    if (options.coloring == Coloring::None) return;
     if (picture.nChannels == 3) picture.colorToGrey(nullptr);
-    if (colourLayer.width != picture.width || colourLayer.height != picture.height)
-        prepareColourLayer(picture.width, picture.height);
+    if (colorLayer.width != picture.width || colorLayer.height != picture.height)
+        prepareColorLayer(picture.width, picture.height);
     // The hue comes from the colour layer, the lightness from the LIC.
-    picture.mix(colourLayer, nullptr);
+    picture.mix(colorLayer, nullptr);
 }
 
-void PostProcessor::prepareColourLayer(int width, int height) {
-    colourLayer.setSize(width, height, 3);
-    colourLayer.clear(0);
-    switch (options.colouring) {
-        case Colouring::Direction:
-            field.vecToColor(colourLayer, 0);
+void PostProcessor::prepareColorLayer(int width, int height) {
+    colorLayer.setSize(width, height, 3);
+    colorLayer.clear(0);
+    switch (options.coloring) {
+        case Coloring::Direction:
+            field.vecToColor(colorLayer, 0);
             break;
-        case Colouring::Magnitude: {
+        case Coloring::Magnitude: {
             VelkScalarField magnitude;
             magnitude.setSize(width, height);
             field.magnitude(magnitude, 0);
             float lo = options.range[0], hi = options.range[1];
             if (!options.hasRange) magnitude.getRange(lo, hi);
             setRange(colormap, lo, hi);
-            magnitude.pseudoColor(colormap, colourLayer, 1);
+            magnitude.pseudoColor(colormap, colorLayer, 1);
             break;
         }
-        case Colouring::Scalar: {
+        case Coloring::Scalar: {
             float lo = options.range[0], hi = options.range[1];
             if (!options.hasRange) scalar->getRange(lo, hi);
             setRange(colormap, lo, hi);
-            scalar->pseudoColor(colormap, colourLayer, 0);
+            scalar->pseudoColor(colormap, colorLayer, 0);
             break;
         }
-        case Colouring::None:
+        case Coloring::None:
             break;
     }
-    avoidHueOne(colourLayer);
+    avoidHueOne(colorLayer);
 }

@@ -8,7 +8,7 @@
 struct Options;
 
 // The finishing steps a LIC picture goes through, in the order a user applies
-// them: contrast, blur, zoom, emboss, colouring, overlays. Everything that
+// them: contrast, blur, zoom, emboss, coloring, overlays. Everything that
 // does not change from frame to frame (colour map, scalar file, colour layer)
 // is prepared once.
 class PostProcessor {
@@ -25,14 +25,14 @@ class PostProcessor {
   private:
     void adjustContrast(VelkImage& picture);
     void blur(VelkImage& picture);
-    void colour(VelkImage& picture);
-    void prepareColourLayer(int width, int height);
+    void color(VelkImage& picture);
+    void prepareColorLayer(int width, int height);
 
     const Options& options;
     VelkVectorField& field;
     VelkColormap colormap;
     std::unique_ptr<VelkScalarField> scalar;
-    VelkImage colourLayer;  // the hues, made once for the output size
+    VelkImage colorLayer;  // the hues, made once for the output size
 };
 
 #endif

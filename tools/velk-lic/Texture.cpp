@@ -10,7 +10,7 @@ void makeTexture(const Options& o, VelkImage& texture) {
         readPicture(o.texturePath, "texture", texture);
         return;
     }
-    const int channels = o.noise == NoiseKind::Colour ? 3 : 1;
+    const int channels = o.noise == NoiseKind::Color ? 3 : 1;
     texture.setSize(o.noiseSize.width, o.noiseSize.height, channels);
     texture.createRandom(o.noise == NoiseKind::Binary ? 1 : 0, o.seed);
 }
