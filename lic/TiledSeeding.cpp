@@ -22,9 +22,8 @@ namespace {
 // are cut into as many.
 const int kOffsetSteps = 16;
 
-// Tags cycle through pairs from 2 to 255; before they repeat, every hit byte
-// of an earlier phase becomes 1.
-const int kTagPairs = 127;
+// Tiles of one colour lie three apart, so that their zones do not meet.
+const int kColours = 9;
 
 template <class T>
 VelkIntegrator* copyAs(const VelkIntegrator& it) {
@@ -41,10 +40,6 @@ VelkIntegrator* copyOf(const VelkIntegrator& it) {
     if (type == typeid(Midpoint)) return copyAs<Midpoint>(it);
     if (type == typeid(Euler)) return copyAs<Euler>(it);
     return nullptr;
-}
-
-unsigned char loadHit(const unsigned char* hit) {
-    return __atomic_load_n(hit, __ATOMIC_RELAXED);
 }
 
 }  // namespace
@@ -64,8 +59,9 @@ struct TiledSeeding::Worker {
     LineTools tools = {};
     bool ownsIntegrators = false;
     long long lines = 0;
-    int tileStart = 0, tileCells = 0;  // cells of the tile being seeded
-    long long records = 0;             // traced for that tile in this phase
+    CellZone zone = {};  // of the tile being seeded
+    DeferredAdds deferred;
+    long long records = 0;  // traced for that tile in this phase
     std::vector<TileWork> log;
     UxSobol sobol;
 
@@ -92,16 +88,16 @@ TiledSeeding::TiledSeeding(VelkCompute& engine, VelkImage* mask, VelkImage* seed
       tilesX(0),
       tilesY(0),
       rounds(0),
-      hits(nullptr),
+      running(0),
       nextTile(0),
-      phase(0),
-      ownTag(3),
-      foreignTag(2),
-      shared(false) {}
+      phase(0) {}
+
+void TiledSeeding::record(VelkCompute& engine, TileLog* log) {
+    engine.tileLog = log;
+}
 
 TiledSeeding::~TiledSeeding() {
     for (Worker* worker : workers) delete worker;
-    std::free(hits);
 }
 
 bool TiledSeeding::startWorker(Worker& worker, bool ownIntegrators) {
@@ -127,32 +123,30 @@ bool TiledSeeding::startWorker(Worker& worker, bool ownIntegrators) {
 
 bool TiledSeeding::run(int seedingMode, int threads) {
     const int N = engine.numSubPixels;
-    const long long subCells = engine.numSubCells;
     if (seedingMode < 0 || seedingMode > 2 || engine.width < 1 || engine.height < 1) return true;
     mode = seedingMode;
-    const long long perSub = mode == 0 ? 1 : mode == 1 ? kOffsetSteps : 0;
-    const long long allRounds = mode == 2 ? kOffsetSteps : perSub * N * N;
+    const long long allRounds = mode == 0   ? static_cast<long long>(N) * N
+                                : mode == 1 ? static_cast<long long>(kOffsetSteps) * N * N
+                                            : kOffsetSteps;
     if (allRounds > (1 << 26)) return false;
     rounds = static_cast<int>(allRounds);
 
     const int tile = cells.tileSize;
-    tilesX = (engine.width + tile - 1) / tile;
-    tilesY = (engine.height + tile - 1) / tile;
+    tilesX = (engine.width - 1) / tile + 1;
+    tilesY = (engine.height - 1) / tile + 1;
     for (int ty = 0; ty < tilesY; ty++) {
-        for (int tx = 0; tx < tilesX; tx++)
-            tilesOfColour[(tx & 1) + 2 * (ty & 1)].push_back(ty * tilesX + tx);
+        for (int tx = 0; tx < tilesX; tx++) {
+            tilesOfColour[tx % 3 + 3 * (ty % 3)].push_back(ty * tilesX + tx);
+        }
     }
     if (mode == 2) sobolCursors.assign(static_cast<std::size_t>(tilesX) * tilesY, {0, 0, 0});
-    const std::size_t cellCount = static_cast<std::size_t>(engine.width) * engine.height + 1;
-    hits = static_cast<unsigned char*>(std::calloc(cellCount, static_cast<std::size_t>(subCells)));
-    if (!hits) return false;
 
     for (int k = 0; k < threads; k++) {
         workers.push_back(new Worker);
         if (!startWorker(*workers.back(), k == 0)) {
-            // A host's own integrator type cannot be copied: one thread.
-            const bool copyFailed =
-                k > 0 && (!workers.back()->tools.forward || !workers.back()->tools.backward);
+            // A host's own integrator type cannot be copied: fewer threads.
+            const LineTools& t = workers.back()->tools;
+            const bool copyFailed = k > 0 && (!t.forward || !t.backward);
             delete workers.back();
             workers.pop_back();
             if (!copyFailed) return false;
@@ -167,55 +161,80 @@ bool TiledSeeding::run(int seedingMode, int threads) {
             break;
         }
     }
-    shared = !pool.empty();
-    barrier.open(static_cast<int>(pool.size()) + 1);
+    running = pool.size() + 1;
+    barrier.open(static_cast<int>(running));
     work(*workers[0]);
     for (std::thread& thread : pool) thread.join();
 
-    for (std::size_t k = 0; k <= pool.size(); k++) {
+    bool complete = true;
+    for (std::size_t k = 0; k < running; k++) {
         engine.numFieldLines += static_cast<int>(workers[k]->lines);
+        complete = complete && !workers[k]->deferred.failed;
         if (engine.tileLog) {
             std::vector<TileWork>& log = engine.tileLog->work;
             log.insert(log.end(), workers[k]->log.begin(), workers[k]->log.end());
         }
     }
-    return true;
+    return complete;
 }
 
 void TiledSeeding::work(Worker& worker) {
     barrier.waitForOpen();
-    const int phases = 4 * rounds;
+    const int phases = kColours * rounds;
     for (int p = 0; p < phases; p++) {
-        const std::vector<int>& tiles = tilesOfColour[p % 4];
+        const std::vector<int>& tiles = tilesOfColour[p % kColours];
         for (;;) {
             const int k = nextTile.fetch_add(1, std::memory_order_relaxed);
             if (k >= static_cast<int>(tiles.size())) break;
-            seedTile(worker, tiles[k], p / 4);
+            seedTile(worker, tiles[k], p / kColours);
         }
-        barrier.arriveAndWait([this] { nextPhase(); });
+        barrier.arriveAndWait([this] {
+            addDeferred();
+            nextTile.store(0, std::memory_order_relaxed);
+            phase++;
+        });
     }
 }
 
-void TiledSeeding::nextPhase() {
-    phase++;
-    nextTile.store(0, std::memory_order_relaxed);
-    const int pair = phase % kTagPairs;
-    if (pair == 0) {
-        const std::size_t bytes =
-            (static_cast<std::size_t>(engine.width) * engine.height + 1) * engine.numSubCells;
-        for (std::size_t i = 0; i < bytes; i++) hits[i] = hits[i] != 0;
+// Every thread has finished the phase: nothing else adds meanwhile.
+void TiledSeeding::addDeferred() {
+    const int entry = 2 + engine.nChannels;
+    for (std::size_t k = 0; k < running; k++) {
+        DeferredAdds& d = workers[k]->deferred;
+        for (std::size_t i = 0; i + entry <= d.size; i += entry) {
+            const int* e = d.data + i;
+            int* cell = engine.accum + static_cast<std::ptrdiff_t>(e[0]) * engine.cellStride;
+            cell[e[1]]++;
+            for (int ch = 0; ch < engine.nChannels; ch++)
+                cell[engine.numSubCells + ch] += e[2 + ch];
+        }
+        d.size = 0;
     }
-    foreignTag = static_cast<unsigned char>(2 + 2 * pair);
-    ownTag = static_cast<unsigned char>(foreignTag + 1);
+}
+
+CellZone TiledSeeding::zoneOf(int tileX, int tileY) const {
+    const int tile = cells.tileSize;
+    const int x0 = (tileX > 0 ? tileX - 1 : 0) * tile;
+    const int x1 = tileX + 2 < tilesX ? (tileX + 2) * tile : engine.width;
+    CellZone zone = {};
+    for (int k = 0; k < 3; k++) {
+        const int row = tileY - 1 + k;
+        if (row < 0 || row >= tilesY) continue;
+        const int y0 = row * tile;
+        const int rows = engine.height - y0 < tile ? engine.height - y0 : tile;
+        zone.first[k] = y0 * engine.width + x0 * rows;
+        zone.count[k] = static_cast<unsigned>((x1 - x0) * rows);
+    }
+    return zone;
 }
 
 void TiledSeeding::seedTile(Worker& worker, int tile, int round) {
-    const int x0 = (tile % tilesX) * cells.tileSize;
-    const int y0 = (tile / tilesX) * cells.tileSize;
+    const int tileX = tile % tilesX, tileY = tile / tilesX;
+    const int x0 = tileX * cells.tileSize;
+    const int y0 = tileY * cells.tileSize;
     const int x1 = engine.width - x0 < cells.tileSize ? engine.width : x0 + cells.tileSize;
     const int y1 = engine.height - y0 < cells.tileSize ? engine.height : y0 + cells.tileSize;
-    worker.tileStart = cells.cellOf(x0, y0);
-    worker.tileCells = (x1 - x0) * (y1 - y0);
+    worker.zone = zoneOf(tileX, tileY);
     worker.records = 0;
     if (mode == 0) {
         for (int y = y0; y < y1; y++) {
@@ -224,8 +243,9 @@ void TiledSeeding::seedTile(Worker& worker, int tile, int round) {
     } else if (mode == 1) {
         const int* o = VelkCompute::offset[round % kOffsetSteps];
         for (int y = y0 + o[1]; y < y1; y += 4) {
-            for (int x = x0 + o[0]; x < x1; x += 4)
+            for (int x = x0 + o[0]; x < x1; x += 4) {
                 seedCandidate(worker, x, y, round / kOffsetSteps);
+            }
         }
     } else {
         seedSobolRound(worker, tile, round, x0, y0, x1 - x0, y1 - y0);
@@ -262,37 +282,16 @@ void TiledSeeding::seedSobolRound(Worker& worker, int tile, int round, int x0, i
     cursor = {sobol.xIndex, sobol.yIndex, sobol.count};
 }
 
+// The tile's own cells change only through its own lines during the phase.
 void TiledSeeding::seedCandidate(Worker& worker, int x, int y, int sub) {
     const std::size_t cell = static_cast<std::size_t>(cells.cellOf(x, y));
-    if (covered(loadHit(hits + cell * engine.numSubCells + sub))) return;
+    if (engine.accum[cell * engine.cellStride + sub] != 0) return;
     const Vec2f seed = engine.seedOf(x, y, sub);
-    if (sampleLine(engine, engine.cellShift, worker.tools, seed, shared)) {
+    if (sampleLine(engine, engine.cellShift, worker.tools, seed, &worker.zone, &worker.deferred)) {
         worker.lines++;
         worker.records += worker.tools.hi - worker.tools.lo + 1;
-        markLine(worker);
     }
     engine.markSeed(seed, x, y, mask, seedMap);
-}
-
-void TiledSeeding::markLine(const Worker& worker) const {
-    const LineTools& t = worker.tools;
-    const int n = engine.nFilter;
-    const std::size_t subCells = engine.numSubCells;
-    for (int i = t.lo + n; i <= t.hi - n; i++) {
-        const VelkCompute::LinePoint& point = t.points[i];
-        unsigned char* hit =
-            hits + static_cast<std::size_t>(point.pixel) * subCells + point.subPixel;
-        const unsigned char before = loadHit(hit);
-        if (static_cast<unsigned>(point.pixel - worker.tileStart) <
-            static_cast<unsigned>(worker.tileCells)) {
-            if (before == 0 || before == foreignTag)
-                __atomic_store_n(hit, ownTag, __ATOMIC_RELAXED);
-        } else if (before == 0) {
-            unsigned char expected = 0;
-            __atomic_compare_exchange_n(hit, &expected, foreignTag, false, __ATOMIC_RELAXED,
-                                        __ATOMIC_RELAXED);
-        }
-    }
 }
 
 }  // namespace velk

@@ -2,10 +2,12 @@
 #define VELK_LIC_TILEDSEEDING_H
 
 #include <atomic>
+#include <cstddef>
 #include <vector>
 
 #include "PhaseBarrier.h"
 #include "celllayout.h"
+#include "cellzone.h"
 
 class VelkCompute;
 class VelkImage;
@@ -14,7 +16,7 @@ namespace velk {
 
 // Tiles of 64 x 64 pixels: large enough that most of a line's points fall in
 // its own tile or a neighbour, small enough that a phase has many tiles to
-// share out (see the tile work measurement in the benchmarks).
+// share out (see the tile schedule benchmark).
 const int kTileShift = 6;
 
 // Records traced by one tile in one phase; filled when the engine's tileLog is
@@ -25,29 +27,27 @@ struct TileWork {
     long long records;
 };
 struct TileLog {
+    int tileShift = kTileShift;  // the tile size to measure with
     std::vector<TileWork> work;
 };
 
 int coreCount();
 
 // The seeding of the parallel mode. The image is cut into fixed tiles, each
-// coloured by the parity of its column and row. The seeding runs in phases:
-// a round of the seed order (a sub-pixel and one offset step, a sub-pixel in
-// scan order, or a sixteenth of a tile's Sobol draws) for the tiles of one
-// colour, which the threads take in any order. A tile seeds only its own
-// pixels and decides from the hits as they stood when the phase began plus the
-// hits of its own lines; lines run across tiles and add wherever they go. Each
-// decision therefore depends neither on the thread count nor on the schedule,
-// and the integer sums do not depend on the order of the additions: the output
-// is the same for every number of threads.
-//
-// Whether a sub-pixel had a hit is kept in one byte beside the accumulation:
-// 0 never, a phase's own tag when a line of the tile that owns the pixel hit it
-// in that phase, its foreign tag when only lines of other tiles did, anything
-// else in an earlier phase.
+// coloured by its column and row modulo 3. The seeding runs in phases: a round
+// of the seed order (a sub-pixel and one offset step, a sub-pixel in scan
+// order, or a sixteenth of a tile's Sobol draws) for the tiles of one colour,
+// which the threads take in any order. A tile seeds only its own pixels, in
+// the usual order within the tile. Its lines run anywhere, but add directly
+// only to the tile and its eight neighbours, a zone no other tile of the phase
+// touches; what falls outside is added when every tile of the phase is done.
+// So while a tile is seeded its hit counters hold the hits from before the
+// phase plus those of its own lines, whatever the other threads do: the
+// decisions, and with the exact integer sums the output, are the same for
+// every number of threads and every schedule.
 class TiledSeeding {
   public:
-    // After the engine's start(), with its cells in tiles of kTileShift.
+    // After the engine's start(), with its cells in tiles of engine.cellShift.
     TiledSeeding(VelkCompute& engine, VelkImage* mask, VelkImage* seedMap);
     ~TiledSeeding();
     TiledSeeding(const TiledSeeding&) = delete;
@@ -59,20 +59,20 @@ class TiledSeeding {
     // memory for it cannot be had.
     bool run(int mode, int threads);
 
-    // A sub-pixel's hit byte as the owner of its pixel reads it in the
-    // current phase: covered when hit before the phase or by the owner's lines.
-    bool covered(unsigned char hit) const { return hit != 0 && hit != foreignTag; }
+    // Makes the engine's next computations record their tile work into `log`
+    // (null: stop), with log->tileShift as the tile size.
+    static void record(VelkCompute& engine, TileLog* log);
 
   private:
     struct Worker;
 
+    bool startWorker(Worker& worker, bool ownIntegrators);
     void work(Worker& worker);
     void seedTile(Worker& worker, int tile, int round);
     void seedSobolRound(Worker& worker, int tile, int round, int x0, int y0, int w, int h);
     void seedCandidate(Worker& worker, int x, int y, int sub);
-    void markLine(const Worker& worker) const;
-    void nextPhase();
-    bool startWorker(Worker& worker, bool ownIntegrators);
+    CellZone zoneOf(int tileX, int tileY) const;
+    void addDeferred();
 
     VelkCompute& engine;
     VelkImage* mask;
@@ -81,15 +81,13 @@ class TiledSeeding {
     int mode;
     int tilesX, tilesY;
     int rounds;
-    std::vector<int> tilesOfColour[4];
+    std::vector<int> tilesOfColour[9];
     std::vector<struct SobolCursor> sobolCursors;
-    unsigned char* hits;  // per sub-pixel of every cell, the spare cell too
     std::vector<Worker*> workers;
+    std::size_t running;  // workers with a thread
     PhaseBarrier barrier;
     std::atomic<int> nextTile;
     int phase;
-    unsigned char ownTag, foreignTag;
-    bool shared;  // more than one thread adds to the cells
 };
 
 }  // namespace velk

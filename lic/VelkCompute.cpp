@@ -284,7 +284,7 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
     // nothing to seed.
     VelkImage* map = mask ? seedMap : nullptr;
     const int mode = numSubPixels >= 1 ? seedingMode : -1;
-    cellShift = velk::kTileShift;
+    cellShift = tileLog ? tileLog->tileShift : velk::kTileShift;
     if (threads != 0) {
         const int workers = threads > 0 ? threads : velk::coreCount();
         if (!velk::TiledSeeding(*this, mask, map).run(mode, workers)) {

@@ -45,11 +45,11 @@ void VelkCompute::getPixelBilinearN(VelkImage* image, float x, float y, int* out
 
 void VelkCompute::sample(const Vec2f& seed) {
     velk::LineTools tools = {forward, backward, positions, points, samples, sums, 0, 0};
-    if (velk::sampleLine(*this, cellShift, tools, seed, false)) numFieldLines++;
+    if (velk::sampleLine(*this, cellShift, tools, seed)) numFieldLines++;
 }
 
 bool velk::sampleLine(const VelkCompute& e, int cellShift, LineTools& tools, const Vec2f& seed,
-                      bool atomic) {
+                      const CellZone* zone, DeferredAdds* deferred) {
     // Buffers from start(), and the sub-pixel and channel counts they were sized
     // for (setNumSubPixels only takes effect at the next start).
     const int n = e.nFilter;
@@ -126,7 +126,8 @@ bool velk::sampleLine(const VelkCompute& e, int cellShift, LineTools& tools, con
                            lo,
                            hi,
                            n,
-                           atomic};
+                           zone,
+                           deferred};
     convolveLine(line, e.filterKernel, kind != kLookupPointer);
     return true;
 }

@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "forceinline.h"
-
 namespace velk {
 namespace {
 
@@ -37,17 +35,6 @@ inline Sum kernelNumerator(const Sum* back, const Sum* centre, const Sum* ahead,
     return *ahead - *back + 3 * (back[mOffset] - ahead[-mOffset]);
 }
 
-// Integer sums are exact, so the order of the additions from several threads
-// does not matter as long as each one is whole.
-template <bool kAtomic>
-VELK_ALWAYS_INLINE void addTo(int& target, int value) {
-    if (kAtomic) {
-        __atomic_fetch_add(&target, value, __ATOMIC_RELAXED);
-    } else {
-        target += value;
-    }
-}
-
 // Running sums of T along a line, anchored at the centre (S[c] = 0),
 // integrated once (box), twice (triangle) or three times (cubic); then the
 // kernel outputs of every output record, accumulated into its cell. kChannels
@@ -59,7 +46,7 @@ VELK_ALWAYS_INLINE void addTo(int& target, int value) {
 // the kernel's weights are non-negative and sum to the divisor, so that every
 // numerator lies in [0, 256 * divisor) and 256 * divisor <= 2^31: numerators
 // computed modulo 2^32 are then exact.
-template <int kKernel, int kChannels, bool kNarrow, bool kAtomic>
+template <int kKernel, int kChannels, bool kNarrow, bool kZoned>
 void convolve(const LineSums& line, std::int64_t divisor, const Reciprocal& reciprocal) {
     typedef typename std::conditional<kNarrow, std::uint32_t, std::int64_t>::type Sum;
     const int nch = kChannels != 0 ? kChannels : line.channels;
@@ -91,9 +78,18 @@ void convolve(const LineSums& line, std::int64_t divisor, const Reciprocal& reci
     const int mOffset = 2 * n / 3 * nch;
     for (int i = lo + n; i <= hi - n; i++) {
         const VelkCompute::LinePoint& point = line.points[i];
-        int* cell = line.accum + static_cast<std::ptrdiff_t>(point.pixel) * line.cellStride;
-        addTo<kAtomic>(cell[point.subPixel], 1);
-        int* channelSums = cell + line.numSubCells;
+        int* channelSums;
+        if (!kZoned || line.zone->contains(point.pixel)) {
+            int* cell = line.accum + static_cast<std::ptrdiff_t>(point.pixel) * line.cellStride;
+            cell[point.subPixel]++;
+            channelSums = cell + line.numSubCells;
+        } else {
+            int* entry = line.deferred->append(2 + nch);
+            if (!entry) continue;
+            entry[0] = point.pixel;
+            entry[1] = point.subPixel;
+            channelSums = entry + 2;
+        }
         const Sum* back = S + (i - n) * nch;
         const Sum* centre = S + i * nch;
         const Sum* ahead = S + (i + n) * nch;
@@ -101,28 +97,28 @@ void convolve(const LineSums& line, std::int64_t divisor, const Reciprocal& reci
             const Sum numerator =
                 kernelNumerator<kKernel>(back + ch, centre + ch, ahead + ch, mOffset);
             if (kNarrow) {
-                addTo<kAtomic>(channelSums[ch], static_cast<int>(reciprocal.divide(numerator)));
+                channelSums[ch] += static_cast<int>(reciprocal.divide(numerator));
             } else {
-                addTo<kAtomic>(channelSums[ch], static_cast<int>(numerator / divisor));
+                channelSums[ch] += static_cast<int>(numerator / divisor);
             }
         }
     }
 }
 
-template <int kKernel, bool kNarrow, bool kAtomic>
+template <int kKernel, bool kNarrow, bool kZoned>
 void convolveChannels(const LineSums& line, std::int64_t divisor, const Reciprocal& reciprocal) {
     if (line.channels == 1) {
-        convolve<kKernel, 1, kNarrow, kAtomic>(line, divisor, reciprocal);
+        convolve<kKernel, 1, kNarrow, kZoned>(line, divisor, reciprocal);
     } else if (line.channels == 3) {
-        convolve<kKernel, 3, kNarrow, kAtomic>(line, divisor, reciprocal);
+        convolve<kKernel, 3, kNarrow, kZoned>(line, divisor, reciprocal);
     } else {
-        convolve<kKernel, 0, kNarrow, kAtomic>(line, divisor, reciprocal);
+        convolve<kKernel, 0, kNarrow, kZoned>(line, divisor, reciprocal);
     }
 }
 
 template <int kKernel, bool kNarrow>
-void convolveShared(const LineSums& line, std::int64_t divisor, const Reciprocal& reciprocal) {
-    if (line.atomic) {
+void convolveZoned(const LineSums& line, std::int64_t divisor, const Reciprocal& reciprocal) {
+    if (line.zone) {
         convolveChannels<kKernel, kNarrow, true>(line, divisor, reciprocal);
     } else {
         convolveChannels<kKernel, kNarrow, false>(line, divisor, reciprocal);
@@ -134,9 +130,9 @@ void convolveKernel(const LineSums& line, std::int64_t divisor, bool bytes) {
     const bool narrow = bytes && divisor <= (std::int64_t{1} << 23);
     const Reciprocal reciprocal(narrow ? static_cast<std::uint32_t>(divisor) : 1);
     if (narrow) {
-        convolveShared<kKernel, true>(line, divisor, reciprocal);
+        convolveZoned<kKernel, true>(line, divisor, reciprocal);
     } else {
-        convolveShared<kKernel, false>(line, divisor, reciprocal);
+        convolveZoned<kKernel, false>(line, divisor, reciprocal);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include <velk/VelkCompute.h>
+#include "cellzone.h"
 
 namespace velk {
 
@@ -16,7 +17,10 @@ struct LineSums {
     int* accum;
     int cellStride, numSubCells, channels;
     int c, lo, hi, n;
-    bool atomic;  // other threads add to the same cells meanwhile
+    // Null: every output goes to its cell. Otherwise only those inside the
+    // zone do, and the others are deferred.
+    const CellZone* zone;
+    DeferredAdds* deferred;
 };
 
 // Convolves the line with `kernel` (0 box, 1 triangle, 2 cubic; any other

@@ -9,6 +9,9 @@ class VelkIntegrator;
 
 namespace velk {
 
+struct CellZone;
+struct DeferredAdds;
+
 // What one thread samples lines with: two integrators and line buffers of
 // 2 * nTotal + 1 records, and the records of its last line.
 struct LineTools {
@@ -23,10 +26,11 @@ struct LineTools {
 
 // VelkCompute::sample with `tools` instead of the engine's own integrators and
 // buffers, the accumulation cells in the layout of `cellShift` (see
-// cellLayout), and atomic additions when other threads add meanwhile. The
-// engine is only read. False, with nothing done, when no line starts at seed.
+// cellLayout) and, with a zone, the additions outside it deferred (see
+// LineSums). The engine is only read. False, with nothing done, when no line
+// starts at seed.
 bool sampleLine(const VelkCompute& engine, int cellShift, LineTools& tools, const Vec2f& seed,
-                bool atomic);
+                const CellZone* zone = nullptr, DeferredAdds* deferred = nullptr);
 
 }  // namespace velk
 
