@@ -81,6 +81,11 @@ TEST(Equalize, TilesMapLocallyAndClipLimitBoundsTheGain) {
     out.crop(0, 0, 15, 15, &left);
     out.crop(48, 0, 63, 15, &right);
     EXPECT_EQ(bytesOf(left), bytesOf(right));
+    // Between the centres 15.5 and 47.5 a dark pixel fades from its own
+    // tile's mapping to the bright tile's, which sends it to 0.
+    for (int y = 0; y < 16; y++)
+        for (int x = 16; x < 32; x++)
+            EXPECT_NEAR(out.data[64 * y + x], (47.5 - x) / 32 * out.data[64 * y + x - 16], 1);
     VelkImage flat(64, 64, 1);
     for (int i = 0; i < 64 * 64; i++) flat.data[i] = 120 + (i * 13 + i / 64 * 7) % 16;
     double previous = deviation(flat);
@@ -92,15 +97,17 @@ TEST(Equalize, TilesMapLocallyAndClipLimitBoundsTheGain) {
 }
 
 TEST(Equalize, BadInputFailsAndWritesNothing) {
-    VelkImage grey = skewed(8, 8, 1), row = skewed(9, 1, 1), two(4, 4, 2), empty, dst(3, 3, 1);
+    VelkImage grey = skewed(8, 8, 1), row = skewed(9, 1, 1), column = skewed(1, 9, 1), two(4, 4, 2),
+              empty, dst(3, 3, 1);
     dst.clear(9);
     EXPECT_EQ(empty.equalize(&dst) + two.equalize(&dst), 0);
     EXPECT_EQ(empty.equalizeAdaptive(1, 1, 2, &dst) + two.equalizeAdaptive(1, 1, 2, &dst), 0);
-    EXPECT_EQ(grey.equalizeAdaptive(0, 1, 2, &dst) + grey.equalizeAdaptive(1, -3, 2, &dst), 0);
+    EXPECT_EQ(grey.equalizeAdaptive(0, 1, 2, &dst) + grey.equalizeAdaptive(1, 0, 2, &dst), 0);
     EXPECT_EQ(grey.equalizeAdaptive(1, 1, 0.5f, &dst) + grey.equalizeAdaptive(1, 1, NAN, &dst), 0);
     EXPECT_EQ(bytesOf(dst), Bytes(9, 9));
-    // More tiles than pixels count as one per pixel; one row is an image.
-    EXPECT_EQ(grey.equalizeAdaptive(100, 100, 2, &dst) + row.equalize(&dst), 2);
+    // More tiles than pixels count as one per pixel; a row or a column is an image.
+    EXPECT_EQ(grey.equalizeAdaptive(100, 100, 2, &dst) + row.equalize(&dst) + column.equalize(&dst),
+              3);
 }
 
 // A colour LIC is the grey LIC of each channel, enhanced or not.
