@@ -77,26 +77,4 @@ TEST(RepeatedAdd, MatchesStepByStepOnRandomSums) {
     }
 }
 
-void countRows(int x, int y, float* values, void* userData) {
-    (void)values;
-    int* rows = static_cast<int*>(userData);
-    ASSERT_TRUE(y >= 0 && y < 100);
-    if (x == 0) rows[y]++;
-    if (x == 100) rows[100 + y]++;
-}
-
-// The top corner lies 1e30 rows above the canvas: the rows before the canvas
-// are passed at once, and every canvas row is covered from column 0 to 100.
-TEST(RepeatedAdd, ScanConvertPassesFarRowsAboveTheCanvas) {
-    VelkScanConvert::Vertex v[3] = {{50.0f, -1e30f, {}}, {1e30f, 1e30f, {}}, {-1e30f, 1e30f, {}}};
-    int rows[200] = {};
-    VelkScanConvert converter(0);
-    converter.setPixelCallback(countRows, rows);
-    converter.scanConvert(3, v);
-    for (int y = 0; y < 100; y++) {
-        EXPECT_EQ(rows[y], 1) << "row " << y;
-        EXPECT_EQ(rows[100 + y], 1) << "row " << y;
-    }
-}
-
 }  // namespace

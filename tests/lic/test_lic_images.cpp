@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 
 #include <velk/velk.h>
@@ -55,13 +54,6 @@ TEST(LicImages, MatchTheKnownOutputsByteForByte) {
 
         EXPECT_EQ(engine.numFieldLines, c.lines);
         EXPECT_EQ(engine.totalHits, c.hits);
-        char hits[64];
-        std::snprintf(hits, sizeof hits, "%.2f",
-                      static_cast<float>(c.hits) / static_cast<float>(c.texWidth * c.texHeight));
-        ASSERT_GE(capture.infos().size(), 3u);
-        const auto report = capture.infos().end() - 3;  // of stop()
-        EXPECT_EQ(report[0], "VELK info: total number of field lines = " + std::to_string(c.lines));
-        EXPECT_EQ(report[1], std::string("VELK info: average number of hits per pixel = ") + hits);
 
         ASSERT_EQ(output.width, expected.width);
         ASSERT_EQ(output.height, expected.height);

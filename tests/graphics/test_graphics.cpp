@@ -1,45 +1,29 @@
-// Pen, pixels and lines drawn by calls.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <filesystem>
 #include <random>
+#include <string>
 #include <vector>
 
-#include "GraphicsTestSupport.h"
+#include "TestSupport.h"
 
-using gfxtest::blank;
-using gfxtest::picture;
-
-TEST(Graphics, PenColourOnRgbAndGreyOnGreyImages) {
-    const struct {
-        int r, g, b;
-        int red, green, blue, grey;
-    } cases[] = {
-        {255, 10, 20, 255, 10, 20, 85},          // 76.5 + 5.9 + 2.2 + 0.5
-        {300, 0, 0, 44, 0, 0, 90},               // low 8 bits; grey from the full 300
-        {1000, 1000, 1000, 232, 232, 232, 255},  // grey clamped above
-        {-5, -5, -5, 251, 251, 251, 0},          // and below
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.r);
-        VelkGraphics g;
-        g.setColor(c.r, c.g, c.b);
-        VelkImage rgb = blank(2, 1, 3);
-        unsigned char buffer[12] = {};
-        VelkImage padded(3, 2, 1, 6, buffer);  // rows 6 bytes apart; the padding stays
-        g.drawPixel(rgb, 1, 0);
-        g.drawLine(padded, 0, 1, 2, 1);
-        const int k = c.grey;
-        EXPECT_EQ(std::vector<int>(rgb.data, rgb.data + 6),
-                  (std::vector<int>{0, 0, 0, c.red, c.green, c.blue}));
-        EXPECT_EQ(std::vector<int>(buffer, buffer + 12),
-                  (std::vector<int>{0, 0, 0, 0, 0, 0, k, k, k, 0, 0, 0}));
-    }
-}
+using namespace velktest;
 
 namespace {
+
+VelkImage blank(int width, int height, int channels = 1) {
+    VelkImage image(width, height, channels);
+    image.clear(0);
+    return image;
+}
+
+VelkGraphics whitePen(int width = 1) {
+    VelkGraphics g;
+    g.setColor(255, 255, 255);
+    g.setPixelWidth(width);
+    return g;
+}
 
 // The line walk step by step from its left end, with the pen's square
 // (clipped) at every point.
@@ -90,7 +74,7 @@ TEST(Graphics, ClippedLinesDrawWhatTheFullWalkDraws) {
             SCOPED_TRACE(testing::Message() << "pen " << pen << " line " << c[0] << "," << c[1]
                                             << " " << c[2] << "," << c[3]);
             VelkImage drawn = blank(23, 17);
-            gfxtest::whitePen(pen).drawLine(drawn, c[0], c[1], c[2], c[3]);
+            whitePen(pen).drawLine(drawn, c[0], c[1], c[2], c[3]);
             ASSERT_EQ(picture(drawn), picture(fullWalk(23, 17, pen, c[0], c[1], c[2], c[3])));
         }
     }
@@ -111,8 +95,8 @@ TEST(Graphics, LinesBetweenTheEndsOfTheIntRange) {
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.x0 << "," << c.y0 << " " << c.x1 << "," << c.y1);
         VelkImage flat = blank(40, 30), steep = blank(30, 40), expected = blank(40, 30);
-        gfxtest::whitePen().drawLine(flat, c.x0, c.y0, c.x1, c.y1);
-        gfxtest::whitePen().drawLine(steep, c.y0, c.x0, c.y1, c.x1);
+        whitePen().drawLine(flat, c.x0, c.y0, c.x1, c.y1);
+        whitePen().drawLine(steep, c.y0, c.x0, c.y1, c.x1);
         const __int128 dx = std::int64_t(c.x1) - c.x0, ady = std::llabs(std::int64_t(c.y1) - c.y0);
         for (int x = 0; x < 40; x++) {
             const __int128 num = 2 * ady * (x - std::int64_t(c.x0)) - dx, den = 2 * dx;
@@ -121,10 +105,49 @@ TEST(Graphics, LinesBetweenTheEndsOfTheIntRange) {
             if (y >= 0 && y < 30) expected.data[y * 40 + x] = 255;
         }
         EXPECT_EQ(picture(flat), picture(expected));
-        for (int y = 0; y < 40; y++) {
-            for (int x = 0; x < 30; x++) {
+        for (int y = 0; y < 40; y++)
+            for (int x = 0; x < 30; x++)
                 ASSERT_EQ(steep.data[y * 30 + x], flat.data[x * 40 + y]) << x << "," << y;
+    }
+}
+
+// Every file under tests/data/graphics, command file or mesh, through both
+// readers onto a grey, a colour and an empty image; then pen colours on grey
+// and colour images, one with padded rows. Result, report (the path as %s),
+// pixels and pen against tests/data/recorded/graphics.txt.
+TEST(Graphics, DrawingsMatchTheRecordedHashes) {
+    Hashes hashes;
+    std::vector<std::string> paths = {dataPath("graphics/missing")};
+    for (const auto& entry : std::filesystem::directory_iterator(dataPath("graphics")))
+        paths.push_back(entry.path());
+    std::sort(paths.begin(), paths.end());
+    for (const std::string& path : paths) {
+        Hash h;
+        for (int reader : {0, 1}) {
+            for (VelkImage image : {blank(8, 6), blank(9, 10, 3), VelkImage()}) {
+                VelkGraphics g = whitePen();
+                const int files = openFileCount();
+                MessageCapture capture;
+                h.add(reader ? g.drawUCD(image, path.c_str()) : g.drawFile(image, path.c_str()));
+                std::string report = capture.errorText();
+                for (size_t at; (at = report.find(path)) != std::string::npos;)
+                    report.replace(at, path.size(), "%s");
+                h.add(report).add(image).bytes(g.rgb, 3).add(g.grey).add(g.pixelWidth);
+                EXPECT_EQ(openFileCount(), files) << path;
             }
         }
+        hashes.push_back({std::filesystem::path(path).filename(), h.hex()});
     }
+    Hash pens;
+    for (int c : {255, 300, 1000, -5, 77}) {
+        VelkGraphics g;
+        g.setColor(c, c / 3, 255 - c);
+        unsigned char buffer[12] = {};
+        VelkImage rgb = blank(2, 1, 3), padded(3, 2, 1, 6, buffer);
+        g.drawPixel(rgb, 1, 0);
+        g.drawLine(padded, 0, 1, 2, 1);
+        pens.add(rgb).bytes(buffer, 12).bytes(g.rgb, 3).add(g.grey);
+    }
+    hashes.push_back({"pens", pens.hex()});
+    expectRecorded("recorded/graphics.txt", hashes);
 }
