@@ -21,7 +21,7 @@ def test_dask_frames_on_a_local_cluster():
         True] * 3
 
 
-def test_examples_type_check():
+def test_examples_and_stubs_type_check():
     pytest.importorskip("mypy")
     pytest.importorskip("matplotlib")
     files = [os.path.join(EXAMPLES, f) for f in sorted(os.listdir(EXAMPLES)) if f.endswith(".py")]
@@ -29,3 +29,6 @@ def test_examples_type_check():
                           "--ignore-missing-imports", "--no-incremental", *files],
                          capture_output=True, text=True)
     assert run.returncode == 0, run.stdout + run.stderr
+    stubs = subprocess.run([sys.executable, "-m", "mypy.stubtest", "velk", "--ignore-missing-stub"],
+                           capture_output=True, text=True)
+    assert stubs.returncode == 0, stubs.stdout + stubs.stderr
