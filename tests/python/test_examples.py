@@ -1,4 +1,5 @@
 """The examples run as documented, and type-check against the package's stubs."""
+import doctest
 import os
 import subprocess
 import sys
@@ -7,6 +8,11 @@ import numpy as np
 import pytest
 
 EXAMPLES = os.path.join(os.path.dirname(__file__), "..", "..", "examples", "python")
+
+
+def test_docstring_examples():
+    import velk
+    assert doctest.testmod(velk).failed == 0
 
 
 def test_dask_frames_on_a_local_cluster():
