@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
 
 #include <velk/velk.h>
@@ -15,7 +16,10 @@ namespace console {
 namespace {
 
 bool beVerbose = false;
-std::string lastLibraryError;
+// Per thread: frames made side by side each hear of their own failures.
+thread_local std::string lastLibraryError;
+// Guards the standard error stream and the progress line.
+std::mutex lineLock;
 // Length of the progress line now on the terminal, 0 when there is none.
 std::size_t progressWidth = 0;
 std::chrono::steady_clock::time_point progressStart;
@@ -27,6 +31,7 @@ void clearProgressLine() {
 }
 
 void printLine(const char* text) {
+    std::lock_guard<std::mutex> lock(lineLock);
     clearProgressLine();
     std::fprintf(stderr, "%s\n", text);
 }
@@ -78,6 +83,7 @@ Progress::Progress(bool longWork) : enabled(longWork && isatty(STDERR_FILENO)) {
 }
 
 Progress::~Progress() {
+    std::lock_guard<std::mutex> lock(lineLock);
     clearProgressLine();
 }
 
@@ -89,6 +95,7 @@ void Progress::show(const std::string& text) {
     int n = std::snprintf(line, sizeof line, "velk-lic: %s (%.1f s)", text.c_str(), seconds);
     if (n < 0) return;
     std::size_t width = static_cast<std::size_t>(n) < sizeof line ? n : sizeof line - 1;
+    std::lock_guard<std::mutex> lock(lineLock);
     clearProgressLine();
     std::fputs(line, stderr);
     std::fflush(stderr);
@@ -96,6 +103,7 @@ void Progress::show(const std::string& text) {
 }
 
 void Progress::done() {
+    std::lock_guard<std::mutex> lock(lineLock);
     if (enabled) clearProgressLine();
 }
 

@@ -5,6 +5,7 @@
 
 // Everything the tool says on the standard error stream: the library's messages,
 // warnings, and a progress line that is shown only on a terminal.
+// Lines may come from several threads; the progress line is the main thread's.
 namespace console {
 
 // Routes the library's messages through the console: informational ones are
@@ -16,7 +17,8 @@ bool verbose();
 void note(const std::string& text);
 void warn(const std::string& text);
 
-// Throws a ToolError naming `what` and the library's last error message, if any.
+// Throws a ToolError naming `what` and the library's last error message on
+// this thread, if any.
 [[noreturn]] void libraryFailure(const std::string& what);
 // Forgets the library's last error message.
 void clearLibraryError();

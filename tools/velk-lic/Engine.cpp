@@ -1,7 +1,9 @@
 #include "Engine.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
+#include <thread>
 
 #include <velk/velk.h>
 
@@ -15,9 +17,18 @@ namespace {
 // The hit counters and channel sums of one computation may take this much.
 constexpr std::uint64_t kMaxAccumBytes = std::uint64_t(1) << 30;
 
+// The hit counters and channel sums of one LIC of the texture.
+std::uint64_t accumBytes(const Options& o, const VelkImage& texture) {
+    const std::uint64_t cells = std::uint64_t(texture.width) * std::uint64_t(texture.height);
+    const std::uint64_t perCell =
+        std::uint64_t(o.subPixels) * std::uint64_t(o.subPixels) + std::uint64_t(texture.nChannels);
+    return cells * perCell * sizeof(int);
+}
+
 }  // namespace
 
-void configureEngine(const Options& o, VelkCompute& engine) {
+void configureEngine(const Options& o, int threads, VelkCompute& engine) {
+    engine.setThreads(threads);
     engine.setFilterKernel(o.kernel);
     engine.setFilterLength(o.length);
     engine.setNumSubPixels(o.subPixels);
@@ -32,10 +43,7 @@ void configureEngine(const Options& o, VelkCompute& engine) {
 }
 
 void checkEngineMemory(const Options& o, const VelkImage& texture) {
-    const std::uint64_t cells = std::uint64_t(texture.width) * std::uint64_t(texture.height);
-    const std::uint64_t perCell =
-        std::uint64_t(o.subPixels) * std::uint64_t(o.subPixels) + std::uint64_t(texture.nChannels);
-    const std::uint64_t bytes = cells * perCell * sizeof(int);
+    const std::uint64_t bytes = accumBytes(o, texture);
     if (bytes > kMaxAccumBytes)
         throw ToolError("a " + std::to_string(texture.width) + "x" +
                         std::to_string(texture.height) + " LIC with " +
@@ -74,4 +82,16 @@ void computeLic(VelkCompute& engine, VelkVectorField& field, VelkImage& texture,
                 for (int c = 0; c < lic.nChannels; c++) p[c] = 0;
         }
     }
+}
+
+ThreadShare shareThreads(const Options& o, const VelkImage& texture) {
+    if (o.frames == 1 || o.threads == 0) return {1, o.threads};
+    const unsigned cores = std::thread::hardware_concurrency();
+    const int threads = o.threads > 0 ? o.threads : std::max(1, static_cast<int>(cores));
+    // Frames side by side share the counter budget of one LIC.
+    const std::uint64_t budget =
+        kMaxAccumBytes / std::max<std::uint64_t>(accumBytes(o, texture), 1);
+    const int frames = static_cast<int>(
+        std::min<std::uint64_t>({std::uint64_t(threads), std::uint64_t(o.frames), budget}));
+    return {std::max(frames, 1), std::max(threads / std::max(frames, 1), 1)};
 }

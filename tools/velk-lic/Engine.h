@@ -9,8 +9,19 @@ class VelkImage;
 class VelkVectorField;
 
 // Sets kernel, filter length, sub-pixels, lookup, integrator, normalisation
-// and seeding order from the options.
-void configureEngine(const Options& options, VelkCompute& engine);
+// and seeding order from the options, and the engine's threads (as
+// VelkCompute::setThreads: 0 the sequential algorithm, -1 one per core).
+void configureEngine(const Options& options, int threads, VelkCompute& engine);
+
+// How the threads of --threads are spent on the frames of an animation:
+// `frames` of them are computed side by side, each LIC on `engineThreads`.
+// Any split gives the same pictures, as the tiled algorithm does not depend on
+// its thread count; --threads 0 gives one frame at a time, sequentially.
+struct ThreadShare {
+    int frames;
+    int engineThreads;
+};
+ThreadShare shareThreads(const Options& options, const VelkImage& texture);
 
 // Throws ToolError when a LIC of the texture's size with these settings would
 // need more memory than the tool allows.

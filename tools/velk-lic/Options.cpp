@@ -18,7 +18,7 @@ enum class Id {
     Field, Grid, Angle, Matrix, Offset, Brusselator, FieldFile, Ucd, Bbox, ImageField, ScalarField,
     GradientAngle,
     Noise, Seed, NoiseSize, Texture,
-    Kernel, Length, SubPixels, Lookup, Integrator, Rk43, Normalization, Seeding, Mask,
+    Kernel, Length, SubPixels, Lookup, Integrator, Rk43, Normalization, Seeding, Mask, Threads,
     Adjust, Brighten, NoAdjust, Blur, Size, Emboss, Light, Relief, Color, ColorScalar, Colormap,
     Range, Flip, Gamma, Overlay, OverlayMesh,
     Frames, Advect,
@@ -196,6 +196,10 @@ const Row kRows[] = {
     {Id::Mask, "mask", 0, "FILE",
      "grey picture of the field grid's size; pixels where it is 0 stay black", "none",
      [](O o, V v) { o.maskPath = v.text; }},
+    {Id::Threads, "threads", 0, "N",
+     "0 computes with the sequential algorithm, N >= 1 with the tiled one on N threads, whose "
+     "picture is the same for every N; --frames: up to N frames side by side", "all cores",
+     [](O o, V v) { o.threads = v.integer(0, kMaxThreads); }},
 
     {Id::Adjust, "adjust", 0, "MEAN,SIGMA",
      "contrast: stretch the non-black pixels to this mean and deviation", "128,48",

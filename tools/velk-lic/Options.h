@@ -56,6 +56,7 @@ struct Options {
     float normalization = 0.0f;
     Seeding seeding = Seeding::Offset;
     std::string maskPath;
+    int threads = -1;  // 0: the sequential algorithm; -1: one thread per core
 
     // Post-processing.
     Contrast contrast = Contrast::Auto;
@@ -86,6 +87,8 @@ struct Options {
 constexpr int kMaxPictureSide = 8192;
 // Largest grid of the built-in and mesh fields.
 constexpr int kMaxGridSide = 4096;
+// Most threads --threads may ask for.
+constexpr int kMaxThreads = 256;
 
 // Parses the command line. Returns false when --help or --version was answered
 // (the caller then exits with status 0); throws UsageError on bad options.

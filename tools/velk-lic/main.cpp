@@ -2,12 +2,18 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <functional>
+#include <memory>
 #include <new>
 #include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 #include <velk/velk.h>
 
@@ -57,6 +63,61 @@ void writeOutput(const Options& o, VelkImage& picture, int frame) {
                       (picture.nChannels == 3 ? " colour)" : " grey)"));
 }
 
+// A LIC of a texture, finished and written: the work of one frame. Each
+// maker has its own engine and finishing steps, so that frames can be made
+// side by side; they are written one after the other, in order.
+class FrameMaker {
+  public:
+    FrameMaker(const Options& o, VelkVectorField& field, VelkImage* mask, int threads)
+        : options(o), field(field), mask(mask), post(o, field) {
+        configureEngine(o, threads, engine);
+    }
+
+    void make(VelkImage& texture, console::Progress* progress = nullptr) {
+        if (progress)
+            progress->show("computing a " + std::to_string(texture.width) + "x" +
+                           std::to_string(texture.height) + " LIC");
+        computeLic(engine, field, texture, mask, picture);
+        if (progress) progress->show("finishing the picture");
+        post.apply(picture);
+    }
+
+    void write(int frame) { writeOutput(options, picture, frame); }
+
+  private:
+    const Options& options;
+    VelkVectorField& field;
+    VelkImage* mask;
+    VelkCompute engine;
+    PostProcessor post;
+    VelkImage picture;
+};
+
+// Runs work(0) .. work(n - 1) side by side; the first failure by index is
+// rethrown once all have ended.
+void sideBySide(int n, const std::function<void(int)>& work) {
+    std::vector<std::exception_ptr> failures(n);
+    auto guarded = [&](int i) {
+        try {
+            work(i);
+        } catch (...) {
+            failures[i] = std::current_exception();
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 1; i < n; i++) {
+        try {
+            threads.emplace_back(guarded, i);
+        } catch (const std::system_error&) {
+            guarded(i);  // no thread to be had: in this one, then
+        }
+    }
+    guarded(0);
+    for (std::thread& t : threads) t.join();
+    for (const std::exception_ptr& failure : failures)
+        if (failure) std::rethrow_exception(failure);
+}
+
 void run(Options& o) {
     checkReadable(o.overlayPath, "overlay");
     checkReadable(o.meshPath, "mesh");
@@ -72,36 +133,33 @@ void run(Options& o) {
     if (!o.maskPath.empty()) readMask(o.maskPath, field, mask);
     VelkImage* maskPointer = o.maskPath.empty() ? nullptr : &mask;
 
-    VelkCompute engine;
-    configureEngine(o, engine);
-    PostProcessor post(o, field);
-
     const long long pixels = static_cast<long long>(texture.width) * texture.height +
                              (o.resize ? static_cast<long long>(o.size.width) * o.size.height : 0);
     console::Progress progress(o.frames > 1 || pixels > kLongWorkPixels);
-    VelkImage picture;
-
+    const ThreadShare share = shareThreads(o, texture);
+    std::vector<std::unique_ptr<FrameMaker>> makers;
+    for (int i = 0; i < share.frames; i++)
+        makers.emplace_back(new FrameMaker(o, field, maskPointer, share.engineThreads));
     if (o.frames == 1) {
-        progress.show("computing a " + std::to_string(texture.width) + "x" +
-                      std::to_string(texture.height) + " LIC");
-        computeLic(engine, field, texture, maskPointer, picture);
-        progress.show("finishing the picture");
-        post.apply(picture);
+        makers[0]->make(texture, &progress);
         progress.show("writing " + o.output);
-        writeOutput(o, picture, 0);
+        makers[0]->write(0);
         progress.done();
         return;
     }
 
+    // The textures move on frame by frame; their LICs are made side by side.
     TextureAdvector advector(o, field, texture);
-    VelkImage frameTexture;
-    for (int frame = 0; frame < o.frames; frame++) {
-        progress.show("frame " + std::to_string(frame + 1) + " of " + std::to_string(o.frames));
-        if (frame > 0) advector.advance();
-        advector.render(frameTexture);
-        computeLic(engine, field, frameTexture, maskPointer, picture);
-        post.apply(picture);
-        writeOutput(o, picture, frame);
+    std::vector<VelkImage> textures(share.frames);
+    for (int first = 0; first < o.frames; first += share.frames) {
+        const int n = std::min(share.frames, o.frames - first);
+        progress.show("frame " + std::to_string(first + n) + " of " + std::to_string(o.frames));
+        for (int i = 0; i < n; i++) {
+            if (first + i > 0) advector.advance();
+            advector.render(textures[i]);
+        }
+        sideBySide(n, [&](int i) { makers[i]->make(textures[i]); });
+        for (int i = 0; i < n; i++) makers[i]->write(first + i);
     }
     progress.done();
 }
