@@ -14,10 +14,11 @@ class VelkImage;
 
 namespace velk {
 
-// Tiles of 64 x 64 pixels: large enough that most of a line's points fall in
-// its own tile or a neighbour, small enough that a phase has many tiles to
-// share out (see the tile schedule benchmark).
-const int kTileShift = 6;
+// Tiles of 128 x 128 pixels: with the default lengths a line's output points
+// lie within 100 pixels of its seed, so nearly all fall in the seed's tile or
+// a neighbour; smaller tiles share out better over many threads but defer
+// more additions (see the tile schedule benchmark).
+const int kTileShift = 7;
 
 // Records traced by one tile in one phase; filled when the engine's tileLog is
 // set (measurements of how well the phases can be shared out).

@@ -284,8 +284,10 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
     // nothing to seed.
     VelkImage* map = mask ? seedMap : nullptr;
     const int mode = numSubPixels >= 1 ? seedingMode : -1;
-    cellShift = tileLog ? tileLog->tileShift : velk::kTileShift;
     if (threads != 0) {
+        // The tiled seeding needs the cells tile by tile; the sequential one
+        // gains nothing from it (measured) and keeps the row order.
+        cellShift = tileLog ? tileLog->tileShift : velk::kTileShift;
         const int workers = threads > 0 ? threads : velk::coreCount();
         if (!velk::TiledSeeding(*this, mask, map).run(mode, workers)) {
             stop();

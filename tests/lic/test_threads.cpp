@@ -4,6 +4,7 @@
 
 #include <velk/velk.h>
 #include "TestSupport.h"
+#include "TiledSeeding.h"
 
 // The tiled algorithm (setThreads(n), n >= 1) gives the same bytes for every
 // thread count, whatever the settings and however the threads are scheduled.
@@ -17,7 +18,8 @@ class HostRK43 : public RK43 {
 };
 
 struct ThreadCase {
-    int width, height;  // of the texture; tiles are 64 pixels, partial at the edges
+    int width, height;  // of the texture
+    int tileShift;      // tiles of 2^tileShift pixels, partial at the edges
     int kernel, subPixels, channels, seeding, interpolation;
     bool euler, saddle, withMask, hostIntegrators;
 };
@@ -47,6 +49,10 @@ Result computeWith(const ThreadCase& c, int threads) {
         engine.backward = new HostRK43(0.001f, 4.0f, 0.5f, 15.0f, -1);
     }
     engine.setThreads(threads);
+    // Small tiles: many run at once, and many lines leave their tile's zone.
+    velk::TileLog log;
+    log.tileShift = c.tileShift;
+    velk::TiledSeeding::record(engine, &log);
     VelkImage mask(field.width, field.height, 1), seedMap, output;
     mask.createRandom(0, 3);
     EXPECT_EQ(engine.compute(&field, &texture, &output, c.withMask ? &mask : nullptr,
@@ -60,17 +66,19 @@ Result computeWith(const ThreadCase& c, int threads) {
 
 TEST(Threads, SameBytesForEveryThreadCount) {
     const ThreadCase cases[] = {
-        {300, 200, 1, 1, 1, 1, 1, false, false, false, false},
-        {300, 200, 0, 2, 3, 0, 0, true, true, true, false},
-        {257, 130, 2, 1, 1, 2, 1, false, true, false, false},
-        {200, 190, 1, 3, 3, 2, 0, true, false, true, false},
-        {130, 129, 2, 2, 1, 0, 1, false, false, false, false},
-        {50, 40, 1, 1, 1, 1, 1, false, true, true, false},
-        {200, 150, 1, 1, 1, 1, 1, false, false, false, true},
+        {300, 200, 4, 1, 1, 1, 1, 1, false, false, false, false},
+        {300, 200, 5, 0, 2, 3, 0, 0, true, true, true, false},
+        {257, 130, 4, 2, 1, 1, 2, 1, false, true, false, false},
+        {200, 190, 5, 1, 3, 3, 2, 0, true, false, true, false},
+        {130, 129, 3, 2, 2, 1, 0, 1, false, false, false, false},
+        {50, 40, 2, 1, 1, 1, 1, 1, false, true, true, false},
+        {200, 150, 4, 1, 1, 1, 1, 1, false, false, false, true},
+        {520, 400, 7, 1, 1, 1, 1, 1, false, false, false, false},
     };
     for (const ThreadCase& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " kernel " << c.kernel
-                                        << " sub " << c.subPixels << " seeding " << c.seeding);
+        SCOPED_TRACE(testing::Message()
+                     << c.width << "x" << c.height << " tiles " << c.tileShift << " kernel "
+                     << c.kernel << " sub " << c.subPixels << " seeding " << c.seeding);
         const Result one = computeWith(c, 1);
         EXPECT_GT(one.lines, 0);
         for (int threads : {2, 3, 7}) {
