@@ -69,7 +69,7 @@ struct Blend {
     float weight;  // of hi
 };
 
-// Tile i covers [first(i), first(i + 1)).
+// Tile i covers the pixels [tileStart(i), tileStart(i + 1)).
 int tileStart(int i, int pixels, int tiles) {
     return static_cast<int>(static_cast<long long>(i) * pixels / tiles);
 }
