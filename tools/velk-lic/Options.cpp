@@ -197,8 +197,9 @@ const Row kRows[] = {
      "grey picture of the field grid's size; pixels where it is 0 stay black", "none",
      [](O o, V v) { o.maskPath = v.text; }},
     {Id::Threads, "threads", 0, "N",
-     "0 computes with the sequential algorithm, N >= 1 with the tiled one on N threads, whose "
-     "picture is the same for every N; --frames: up to N frames side by side", "all cores",
+     "threads of the LIC, 0 to 256: 0 runs the sequential algorithm; N the tiled one on N "
+     "threads, whose picture is the same for every N (though not byte for byte the sequential "
+     "one's); --frames: up to N frames side by side", "all cores",
      [](O o, V v) { o.threads = v.integer(0, kMaxThreads); }},
 
     {Id::Adjust, "adjust", 0, "MEAN,SIGMA",
