@@ -32,7 +32,7 @@ def test_examples_and_stubs_type_check():
     pytest.importorskip("matplotlib")
     files = [os.path.join(EXAMPLES, f) for f in sorted(os.listdir(EXAMPLES)) if f.endswith(".py")]
     run = subprocess.run([sys.executable, "-m", "mypy", "--strict", "--allow-untyped-calls",
-                          "--ignore-missing-imports", "--no-incremental", *files],
+                          "--ignore-missing-imports", *files],
                          capture_output=True, text=True)
     assert run.returncode == 0, run.stdout + run.stderr
     stubs = subprocess.run([sys.executable, "-m", "mypy.stubtest", "velk", "--ignore-missing-stub"],
