@@ -18,10 +18,6 @@
 namespace velk {
 namespace {
 
-// Rounds of the offset pattern per sub-pixel, and the Sobol draws of a tile
-// are cut into as many.
-const int kOffsetSteps = 16;
-
 // Tiles of one colour lie three apart, so that their zones do not meet.
 const int kColours = 9;
 
@@ -48,11 +44,6 @@ int coreCount() {
     const unsigned n = std::thread::hardware_concurrency();
     return n > 0 ? static_cast<int>(n) : 1;
 }
-
-// Where a tile's Sobol walk stands between its rounds.
-struct SobolCursor {
-    int xIndex, yIndex, count;
-};
 
 // One thread's integrators, line buffers and counts.
 struct TiledSeeding::Worker {
@@ -122,14 +113,10 @@ bool TiledSeeding::startWorker(Worker& worker, bool ownIntegrators) {
 }
 
 bool TiledSeeding::run(int seedingMode, int threads) {
-    const int N = engine.numSubPixels;
     if (seedingMode < 0 || seedingMode > 2 || engine.width < 1 || engine.height < 1) return true;
     mode = seedingMode;
-    const long long allRounds = mode == 0   ? static_cast<long long>(N) * N
-                                : mode == 1 ? static_cast<long long>(kOffsetSteps) * N * N
-                                            : kOffsetSteps;
-    if (allRounds > (1 << 26)) return false;
-    rounds = static_cast<int>(allRounds);
+    // A round per sub-pixel; the Sobol order draws all sub-pixels at once.
+    rounds = mode == 2 ? 1 : engine.numSubCells;
 
     const int tile = cells.tileSize;
     tilesX = (engine.width - 1) / tile + 1;
@@ -139,7 +126,6 @@ bool TiledSeeding::run(int seedingMode, int threads) {
             tilesOfColour[tx % 3 + 3 * (ty % 3)].push_back(ty * tilesX + tx);
         }
     }
-    if (mode == 2) sobolCursors.assign(static_cast<std::size_t>(tilesX) * tilesY, {0, 0, 0});
 
     for (int k = 0; k < threads; k++) {
         workers.push_back(new Worker);
@@ -180,13 +166,13 @@ bool TiledSeeding::run(int seedingMode, int threads) {
 
 void TiledSeeding::work(Worker& worker) {
     barrier.waitForOpen();
-    const int phases = kColours * rounds;
-    for (int p = 0; p < phases; p++) {
+    const long long phases = static_cast<long long>(kColours) * rounds;
+    for (long long p = 0; p < phases; p++) {
         const std::vector<int>& tiles = tilesOfColour[p % kColours];
         for (;;) {
             const int k = nextTile.fetch_add(1, std::memory_order_relaxed);
             if (k >= static_cast<int>(tiles.size())) break;
-            seedTile(worker, tiles[k], p / kColours);
+            seedTile(worker, tiles[k], static_cast<int>(p / kColours));
         }
         barrier.arriveAndWait([this] {
             addDeferred();
@@ -241,33 +227,29 @@ void TiledSeeding::seedTile(Worker& worker, int tile, int round) {
             for (int x = x0; x < x1; x++) seedCandidate(worker, x, y, round);
         }
     } else if (mode == 1) {
-        const int* o = VelkCompute::offset[round % kOffsetSteps];
-        for (int y = y0 + o[1]; y < y1; y += 4) {
-            for (int x = x0 + o[0]; x < x1; x += 4) {
-                seedCandidate(worker, x, y, round / kOffsetSteps);
+        for (const int* o : VelkCompute::offset) {
+            for (int y = y0 + o[1]; y < y1; y += 4) {
+                for (int x = x0 + o[0]; x < x1; x += 4) seedCandidate(worker, x, y, round);
             }
         }
     } else {
-        seedSobolRound(worker, tile, round, x0, y0, x1 - x0, y1 - y0);
+        seedSobol(worker, x0, y0, x1 - x0, y1 - y0);
     }
     if (engine.tileLog) worker.log.push_back({phase, tile, worker.records});
 }
 
-void TiledSeeding::seedSobolRound(Worker& worker, int tile, int round, int x0, int y0, int w,
-                                  int h) {
+// The Sobol order over the tile's sub-pixels, as the sequential seeding walks
+// the image's: as many draws as the tile has pixels.
+void TiledSeeding::seedSobol(Worker& worker, int x0, int y0, int w, int h) {
     const int N = engine.numSubPixels;
     UxSobol& sobol = worker.sobol;
     sobol.init(w * N, h * N);
-    if (!sobol.xTable || !sobol.yTable) return;
-    SobolCursor& cursor = sobolCursors[tile];
-    sobol.xIndex = cursor.xIndex;
-    sobol.yIndex = cursor.yIndex;
-    sobol.count = cursor.count;
+    if (!sobol.xTable || !sobol.yTable) {
+        worker.deferred.failed = true;
+        return;
+    }
     const int draws = w * h;
-    const long long end = round == kOffsetSteps - 1
-                              ? draws
-                              : static_cast<long long>(round + 1) * draws / kOffsetSteps;
-    while (sobol.count < end) {
+    for (;;) {
         const int xi = sobol.xTable[sobol.xIndex];
         const int yi = sobol.yTable[sobol.yIndex % sobol.ny];
         sobol.xIndex++;
@@ -279,7 +261,6 @@ void TiledSeeding::seedSobolRound(Worker& worker, int tile, int round, int x0, i
         if (++sobol.count >= draws) break;
         seedCandidate(worker, x0 + xi / N, y0 + yi / N, xi % N + N * (yi % N));
     }
-    cursor = {sobol.xIndex, sobol.yIndex, sobol.count};
 }
 
 // The tile's own cells change only through its own lines during the phase.

@@ -14,11 +14,9 @@ class VelkImage;
 
 namespace velk {
 
-// Tiles of 128 x 128 pixels: with the default lengths a line's output points
-// lie within 100 pixels of its seed, so nearly all fall in the seed's tile or
-// a neighbour; smaller tiles share out better over many threads but defer
-// more additions (see the tile schedule benchmark).
-const int kTileShift = 7;
+// Tiles of 64 x 64 pixels: smaller tiles share out better over many threads,
+// larger ones defer fewer additions (see the tile schedule benchmark).
+const int kTileShift = 6;
 
 // Records traced by one tile in one phase; filled when the engine's tileLog is
 // set (measurements of how well the phases can be shared out).
@@ -35,17 +33,15 @@ struct TileLog {
 int coreCount();
 
 // The seeding of the parallel mode. The image is cut into fixed tiles, each
-// coloured by its column and row modulo 3. The seeding runs in phases: a round
-// of the seed order (a sub-pixel and one offset step, a sub-pixel in scan
-// order, or a sixteenth of a tile's Sobol draws) for the tiles of one colour,
+// coloured by its column and row modulo 3. The seeding runs in phases: one
+// sub-pixel (all of them for the Sobol order) for the tiles of one colour,
 // which the threads take in any order. A tile seeds only its own pixels, in
-// the usual order within the tile. Its lines run anywhere, but add directly
-// only to the tile and its eight neighbours, a zone no other tile of the phase
-// touches; what falls outside is added when every tile of the phase is done.
-// So while a tile is seeded its hit counters hold the hits from before the
-// phase plus those of its own lines, whatever the other threads do: the
-// decisions, and with the exact integer sums the output, are the same for
-// every number of threads and every schedule.
+// the usual order (scan, offset pattern or Sobol) within the tile. Its lines run anywhere, but add
+// directly only to the tile and its eight neighbours, a zone no other tile of the phase touches;
+// what falls outside is added when every tile of the phase is done. So while a tile is seeded its
+// hit counters hold the hits from before the phase plus those of its own lines, whatever the other
+// threads do: the decisions, and with the exact integer sums the output, are the same for every
+// number of threads and every schedule.
 class TiledSeeding {
   public:
     // After the engine's start(), with its cells in tiles of engine.cellShift.
@@ -70,7 +66,7 @@ class TiledSeeding {
     bool startWorker(Worker& worker, bool ownIntegrators);
     void work(Worker& worker);
     void seedTile(Worker& worker, int tile, int round);
-    void seedSobolRound(Worker& worker, int tile, int round, int x0, int y0, int w, int h);
+    void seedSobol(Worker& worker, int x0, int y0, int w, int h);
     void seedCandidate(Worker& worker, int x, int y, int sub);
     CellZone zoneOf(int tileX, int tileY) const;
     void addDeferred();
@@ -83,7 +79,6 @@ class TiledSeeding {
     int tilesX, tilesY;
     int rounds;
     std::vector<int> tilesOfColour[9];
-    std::vector<struct SobolCursor> sobolCursors;
     std::vector<Worker*> workers;
     std::size_t running;  // workers with a thread
     PhaseBarrier barrier;
