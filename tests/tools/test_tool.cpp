@@ -117,6 +117,13 @@ Picture readBack(const std::string& path) {
     return p;
 }
 
+std::vector<std::string> words(const std::string& text) {
+    std::vector<std::string> words;
+    std::istringstream in(text);
+    for (std::string word; in >> word;) words.push_back(word);
+    return words;
+}
+
 // One line of a case table: "ARGUMENTS => EXPECTATION"; '#' starts a comment.
 struct Case {
     std::string line;
@@ -130,10 +137,7 @@ std::vector<Case> readCases(const std::string& name) {
     for (std::string line; std::getline(lines, line);) {
         const std::string::size_type arrow = line.find("=> ");
         if (line.empty() || line[0] == '#' || arrow == std::string::npos) continue;
-        Case c{line, {}, line.substr(arrow + 3)};
-        std::istringstream words(line.substr(0, arrow));
-        for (std::string word; words >> word;) c.args.push_back(word);
-        cases.push_back(c);
+        cases.push_back({line, words(line.substr(0, arrow)), line.substr(arrow + 3)});
     }
     EXPECT_FALSE(cases.empty()) << name;
     return cases;
@@ -211,9 +215,9 @@ TEST(ToolOutput, EveryFormatReadsBackAsTheSamePicture) {
         const char* magic;  // empty for PNG
         const char* noise;
     };
-    const Format formats[] = {{"g.png", "", "grey"},     {"g.pgm", "P5", "grey"},
-                              {"a.pgm", "P2", "grey"},   {"c.png", "", "colour"},
-                              {"c.ppm", "P6", "colour"}, {"a.pnm", "P3", "colour"}};
+    const Format formats[] = {{"g.png", "", "grey"},    {"g.pgm", "P5", "grey"},
+                              {"a.pgm", "P2", "grey"},  {"c.png", "", "color"},
+                              {"c.ppm", "P6", "color"}, {"a.pnm", "P3", "color"}};
     TempDir dir;
     Picture first[2];  // grey, colour
     for (const Format& f : formats) {
@@ -238,18 +242,19 @@ TEST(ToolOutput, EveryFormatReadsBackAsTheSamePicture) {
 // is the one before moved right by exactly --advect pixels.
 TEST(ToolAnimation, FramesMoveByTheAdvectDistance) {
     TempDir dir;
-    const Result run = runTool(dir, {"-o", "f.pgm", "--frames", "3", "--advect", "3", "-f",
-                                     "linear", "--matrix", "0,0,0,0", "--offset", "1,0", "--grid",
-                                     "81x25", "--noise-size", "80x24", "-L", "6", "--no-adjust"});
+    const Result run =
+        runTool(dir, words("-o f.pgm --frames 3 --advect 3 -f linear --matrix 0,0,0,0 "
+                           "--offset 1,0 --grid 81x25 --noise-size 80x24 -L 6 "
+                           "--no-adjust --threads 0"));
     ASSERT_EQ(run.status, 0) << run.err;
     for (int frame = 1; frame < 3; frame++) {
         const Picture a = readBack(dir.path("f-000" + std::to_string(frame - 1) + ".pgm"));
         const Picture b = readBack(dir.path("f-000" + std::to_string(frame) + ".pgm"));
         ASSERT_EQ(b.pixels.size(), 80u * 24u);
         EXPECT_NE(a.pixels, b.pixels);
-        for (int i = 0; i < 80 * 24; i++)
-            if (i % 80 >= 3) {
-                ASSERT_EQ(b.pixels[i], a.pixels[i - 3]) << frame << " at " << i;
-            }
+        for (int i = 0; i < 80 * 24; i++) {
+            if (i % 80 < 3) continue;
+            ASSERT_EQ(b.pixels[i], a.pixels[i - 3]) << frame << " at " << i;
+        }
     }
 }
