@@ -124,6 +124,27 @@ TEST(FieldFiles, WrittenFilesMatchTheRecordedHashes) {
     expectRecorded("recorded/fields-written.txt", hashes);
 }
 
+// The scan converter can hand the pixel functions column `width`; they, like
+// any caller, must drop positions outside the grid.
+TEST(FieldFiles, PixelFunctionsDropPositionsOutsideTheGrid) {
+    std::vector<float> nodes(2 * 12 + 2, 0.0f);  // 4 x 3 nodes and a guard node
+    VelkVectorField vector(4, 3, nodes.data());
+    VelkScalarField scalar(4, 3, nullptr);
+    std::fill(scalar.data, scalar.data + 12, 0.0f);
+    for (int y = -1; y <= 3; y++) {
+        for (int x = -1; x <= 4; x++) {
+            float values[2] = {static_cast<float>(x + 10 * y), 1.0f};
+            VelkVectorField::pixelCallback(x, y, values, &vector);
+            VelkScalarField::pixelCallback(x, y, values, &scalar);
+        }
+    }
+    for (int n = 0; n < 12; n++) {
+        EXPECT_EQ(nodes[2 * n], n % 4 + 10 * (n / 4)) << n;
+        EXPECT_EQ(scalar.data[n], n % 4 + 10 * (n / 4)) << n;
+    }
+    EXPECT_EQ(nodes[24] + nodes[25], 0.0f);
+}
+
 TEST(ByteOrder, SwapsWholeWordsOnly) {
     unsigned char bytes[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     swapByteOrder(2, bytes);
