@@ -95,8 +95,11 @@ class VELK_EXPORT VelkCompute {
     void setNumSubPixels(int n);
     void setInterpolationMethod(InterpolationMethod method);
     // 0 (the default): the sequential algorithm. n >= 1: the tiled algorithm on
-    // n threads, whose output is the same for every n >= 1; -1: one thread per
-    // core. Takes effect at the next compute().
+    // n threads, whose output is the same bytes for every n >= 1 (and close to,
+    // but not the same as, the sequential one); n < 0: one thread per core.
+    // A host's own integrator types cannot be copied for the threads: the
+    // tiled algorithm then runs on the calling thread alone. Takes effect at
+    // the next compute(); the threads exist only during it.
     void setThreads(int n);
     int getThreads() const;
     // Also written into both current integrators at once.
@@ -138,7 +141,7 @@ class VELK_EXPORT VelkCompute {
   private:
     friend class velk::TiledSeeding;
     int threads;             // as set by setThreads
-    int cellShift;           // accumulation cells in tiles of 2^cellShift pixels squared
+    int cellShift;           // accum's cells in tiles of 2^cellShift pixels (see celllayout.h)
     velk::TileLog* tileLog;  // where the tiled seeding records its work (measurements)
     Vec2f* positions;        // the traced points of a line, one per record
     void seedScan(VelkImage* mask, VelkImage* seedMap);
