@@ -141,7 +141,7 @@ class VELK_EXPORT VelkCompute {
   private:
     friend class velk::TiledSeeding;
     int threads;             // as set by setThreads
-    int cellShift;           // accum's cells in tiles of 2^cellShift pixels (see celllayout.h)
+    int cellShift;           // accum tile by tile (tiles of 2^cellShift pixels), or row order
     velk::TileLog* tileLog;  // where the tiled seeding records its work (measurements)
     Vec2f* positions;        // the traced points of a line, one per record
     void seedScan(VelkImage* mask, VelkImage* seedMap);
