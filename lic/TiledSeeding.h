@@ -36,12 +36,13 @@ int coreCount();
 // coloured by its column and row modulo 3. The seeding runs in phases: one
 // sub-pixel (all of them for the Sobol order) for the tiles of one colour,
 // which the threads take in any order. A tile seeds only its own pixels, in
-// the usual order (scan, offset pattern or Sobol) within the tile. Its lines run anywhere, but add
-// directly only to the tile and its eight neighbours, a zone no other tile of the phase touches;
-// what falls outside is added when every tile of the phase is done. So while a tile is seeded its
-// hit counters hold the hits from before the phase plus those of its own lines, whatever the other
-// threads do: the decisions, and with the exact integer sums the output, are the same for every
-// number of threads and every schedule.
+// the usual order (scan, offset pattern or Sobol) within the tile. Its lines
+// run anywhere, but add directly only to the tile and its eight neighbours, a
+// zone no other tile of the phase touches; what falls outside is added when
+// every tile of the phase is done. So while a tile is seeded its hit counters
+// hold the hits from before the phase plus those of its own lines, whatever
+// the other threads do: the decisions, and with the exact integer sums the
+// output, are the same for every number of threads and every schedule.
 class TiledSeeding {
   public:
     // After the engine's start(), with its cells in tiles of engine.cellShift.
