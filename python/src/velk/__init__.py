@@ -120,9 +120,13 @@ class _Setting:
 
 
 def _rk43(name: str, value: Any) -> Tuple[float, float, float, float]:
-    if len(value) != 4:
-        raise ValueError(f"{name} must be (initial step, min step, max step, tolerance)")
-    return tuple(_number(f"{name}[{i}]", x, 0.0, False) for i, x in enumerate(value))  # type: ignore
+    try:
+        h0, hmin, hmax, tol = value
+    except (TypeError, ValueError):
+        raise ValueError(f"{name} must be (initial step, min step, max step, tolerance), "
+                         f"got {value!r}") from None
+    return (_number(f"{name}[0]", h0, 0.0, False), _number(f"{name}[1]", hmin, 0.0, False),
+            _number(f"{name}[2]", hmax, 0.0, False), _number(f"{name}[3]", tol, 0.0, False))
 
 
 class Engine:
