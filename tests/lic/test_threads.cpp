@@ -45,6 +45,8 @@ Result computeWith(const ThreadCase& c, int threads) {
     engine.setInterpolationMethod(static_cast<VelkCompute::InterpolationMethod>(c.interpolation));
     if (c.euler) engine.useEuler();
     if (c.hostIntegrators) {
+        delete engine.forward;
+        delete engine.backward;
         engine.forward = new HostRK43(0.001f, 4.0f, 0.5f, 15.0f, +1);
         engine.backward = new HostRK43(0.001f, 4.0f, 0.5f, 15.0f, -1);
     }
