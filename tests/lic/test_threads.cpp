@@ -69,13 +69,13 @@ Result computeWith(const ThreadCase& c, int threads) {
 TEST(Threads, SameBytesForEveryThreadCount) {
     const ThreadCase cases[] = {
         {300, 200, 4, 1, 1, 1, 1, 1, false, false, false, false},
-        {300, 200, 5, 0, 2, 3, 0, 0, true, true, true, false},
+        {200, 150, 5, 0, 2, 3, 0, 0, true, true, true, false},
         {257, 130, 4, 2, 1, 1, 2, 1, false, true, false, false},
-        {200, 190, 5, 1, 3, 3, 2, 0, true, false, true, false},
+        {120, 100, 4, 1, 3, 3, 2, 0, true, false, true, false},
         {130, 129, 3, 2, 2, 1, 0, 1, false, false, false, false},
         {50, 40, 2, 1, 1, 1, 1, 1, false, true, true, false},
-        {200, 150, 4, 1, 1, 1, 1, 1, false, false, false, true},
-        {520, 400, 7, 1, 1, 1, 1, 1, false, false, false, false},
+        {150, 100, 4, 1, 1, 1, 1, 1, false, false, false, true},
+        {330, 260, 6, 1, 1, 1, 1, 1, false, false, false, false},
     };
     for (const ThreadCase& c : cases) {
         SCOPED_TRACE(testing::Message()
