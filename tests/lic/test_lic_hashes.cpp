@@ -146,7 +146,7 @@ TEST(LicHashes, MasksSeedMapsAndEdgesMatchTheRecordedHashes) {
     for (size_t i = 0; i < padded.size(); i++) padded[i] = static_cast<unsigned char>(i * 7);
     VelkImage borrowed(30, 22, 3, 100, padded.data());
     velktest::Hashes hashes;
-    for (int k = 0; k < 32; k++) {
+    for (int k = 0; k < 34; k++) {
         VelkCompute e;
         VelkVectorField* field = &circle;
         VelkImage *input = &texture, *withMask = nullptr, seeds, output(3, 2);
@@ -168,6 +168,9 @@ TEST(LicHashes, MasksSeedMapsAndEdgesMatchTheRecordedHashes) {
         if (k == 29) e.setFilterLength(200.0f), e.seedingMode = 2;
         if (k == 30) e.setFilterLength(0.5f);  // exactly one step each
         if (k == 31) e.extensionLength = 0.5f;
+        // Kernel divisors beyond 2^23 take the wide running sums.
+        if (k == 32) e.setFilterKernel(VelkCompute::CUBIC), e.setFilterLength(310.0f);
+        if (k == 33) e.setFilterLength(2900.0f);
         velktest::MessageCapture capture(1);
         velktest::Hash h;
         h.add(e.compute(field, input, &output, withMask, seedMap ? &seeds : nullptr));

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -117,18 +116,13 @@ Hash& Hash::bytes(const void* p, std::size_t n) {
     return *this;
 }
 
+// Values go in as their bytes on a little-endian host, as recorded.
 Hash& Hash::add(int v) {
-    const std::uint32_t u = static_cast<std::uint32_t>(v);
-    const unsigned char le[4] = {static_cast<unsigned char>(u), static_cast<unsigned char>(u >> 8),
-                                 static_cast<unsigned char>(u >> 16),
-                                 static_cast<unsigned char>(u >> 24)};
-    return bytes(le, 4);
+    return bytes(&v, sizeof v);
 }
 
 Hash& Hash::add(float v) {
-    std::int32_t bits;
-    std::memcpy(&bits, &v, 4);
-    return add(static_cast<int>(bits));
+    return bytes(&v, sizeof v);
 }
 
 Hash& Hash::add(const std::string& text) {
