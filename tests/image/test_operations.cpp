@@ -96,7 +96,7 @@ void call(const std::string& text, VelkImage& im, VelkImage* dst, Operands& o, H
     }
     if (op == "writePNM") h.add(im.writePNM(file.c_str(), n(1))).add(readFile(file));
     if (op == "readPNM") {
-        im.writePNM(file.c_str(), 1);
+        im.writePNM(file.c_str(), n(1));
         VelkImage back;
         h.add(back.readPNM(file.c_str()));
         im = back;

@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <cstdlib>
+#include <string>
 #include <vector>
 
-#include <velk/velk.h>
+#include "TestSupport.h"
 
 TEST(Sobol, KnownTables) {
     const std::vector<int> x[] = {{0}, {1, 0}, {4, 2, 6, 3, 7, 1, 5, 0}, {4, 2, 3, 1, 0}};
@@ -22,11 +21,15 @@ TEST(Sobol, KnownTables) {
     std::free(sobol.yTable);
 }
 
-// init() on the same object again resizes both tables.
-TEST(Sobol, EveryTableIsAPermutation) {
+// Every table is a permutation, and the same as recorded in
+// tests/data/recorded/sobol.txt; init() on the same object resizes both.
+TEST(Sobol, TablesArePermutationsAsRecorded) {
     UxSobol sobol;
-    for (int n : {2, 3, 7, 9, 31, 32, 33, 100, 1000, 3072, 4097, 5}) {
+    velktest::Hashes hashes;
+    for (int n : {2, 3, 7, 9, 31, 32, 33, 100, 1000, 3072, 4097, 5, 0}) {
         sobol.init(n, n + 5);
+        velktest::Hash h;
+        h.add(sobol.xIndex).add(sobol.yIndex).add(sobol.count).add(sobol.nx).add(sobol.ny);
         for (int axis = 0; axis < 2; axis++) {
             const int* table = axis ? sobol.yTable : sobol.xTable;
             const int size = axis ? n + 5 : n;
@@ -35,8 +38,11 @@ TEST(Sobol, EveryTableIsAPermutation) {
                 ASSERT_TRUE(table[i] >= 0 && table[i] < size && !seen[table[i]]++)
                     << "axis " << axis << " n " << size << " at " << i;
             }
+            h.bytes(table, sizeof(int) * size);
         }
+        hashes.push_back({std::to_string(n), h.hex()});
     }
     std::free(sobol.xTable);
     std::free(sobol.yTable);
+    velktest::expectRecorded("recorded/sobol.txt", hashes);
 }
