@@ -35,3 +35,6 @@ def test_colouring_takes_hue_from_the_values_and_lightness_from_the_image():
     white = np.full_like(LIC, 255)
     assert (velk.colour(white, mag, "grey", range=(0, 1)) == 255).all()
     assert velk.colour_direction(LIC, u, v).shape == (48, 64, 3)
+    ramp = velk.colour(np.full((8, 8), 64, np.uint8), np.tile(np.linspace(0, 1, 8), (8, 1)))
+    assert (ramp == ramp[0]).all() and len(np.unique(ramp[0], axis=0)) == 8
+    assert ramp[0, 0, 0] < 140  # pure red of the map, darkened like every other hue
