@@ -5,14 +5,10 @@
 #include <velk/UxSobol.h>
 #include <velk/VelkImage.h>
 #include <velk/report.h>
-#include "celllayout.h"
 
 // The sequential seeding orders: every sub-pixel without a hit yet is seeded,
-// in scan order, offset pattern or Sobol order over the whole image.
-
-std::size_t VelkCompute::cellOf(int x, int y) const {
-    return static_cast<std::size_t>(velk::cellLayout(cellShift, width, height).cellOf(x, y));
-}
+// in scan order, offset pattern or Sobol order over the whole image. The cells
+// are in row order (see compute()).
 
 Vec2f VelkCompute::seedOf(int x, int y, int sub) const {
     const int N = numSubPixels;
@@ -44,7 +40,7 @@ void VelkCompute::seedScan(VelkImage* mask, VelkImage* seedMap) {
     for (int sub = 0; sub < N * N; sub++) {
         for (int y = 0; y < height; y++) {
             for (int x = 0; x < width; x++) {
-                if (accum[cellOf(x, y) * cellStride + sub] == 0) {
+                if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
                     seedPixel(x, y, sub, mask, seedMap);
                 }
             }
@@ -58,7 +54,7 @@ void VelkCompute::seedOffset(VelkImage* mask, VelkImage* seedMap) {
         for (const int* o : offset) {
             for (int y = o[1]; y < height; y += 4) {
                 for (int x = o[0]; x < width; x += 4) {
-                    if (accum[cellOf(x, y) * cellStride + sub] == 0) {
+                    if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
                         seedPixel(x, y, sub, mask, seedMap);
                     }
                 }
@@ -97,7 +93,7 @@ void VelkCompute::seedSobol(VelkImage* mask, VelkImage* seedMap) {
         const int x = xi / N;
         const int y = yi / N;
         const int sub = xi % N + N * (yi % N);
-        if (accum[cellOf(x, y) * cellStride + sub] == 0) {
+        if (accum[(static_cast<std::size_t>(y) * width + x) * cellStride + sub] == 0) {
             seedPixel(x, y, sub, mask, seedMap);
         }
     }

@@ -16,9 +16,11 @@ struct CellLayout {
     I tileMask;  // tile size - 1
     I tileSize;
     I width, height;
-    F widthF;  // width, for the four-pixel index formed exactly as floats
+    F widthF;    // width, for the four-pixel index formed exactly as floats
+    bool tiled;  // false: the tile covers the image, the plain row order
 
     VELK_ALWAYS_INLINE I cellOf(I px, I py) const {
+        if (!tiled) return rowIndex(px, py);
         const I x0 = px & ~tileMask;
         const I y0 = py & ~tileMask;
         const I tileHeight = select(height - y0 < tileSize, height - y0, tileSize);
@@ -27,6 +29,10 @@ struct CellLayout {
     }
 
   private:
+    VELK_ALWAYS_INLINE int rowIndex(int px, int py) const { return px + py * width; }
+    VELK_ALWAYS_INLINE Int4 rowIndex(Int4 px, Int4 py) const {
+        return toInt(toFloat(py) * widthF + toFloat(px));
+    }
     // Rows of tiles above, tiles to the left, rows above within the tile.
     VELK_ALWAYS_INLINE int index(int y0, int x0, int th, int ly, int tw, int lx) const {
         return y0 * width + x0 * th + ly * tw + lx;
@@ -44,7 +50,8 @@ const int kRowOrderShift = 30;
 
 inline CellLayout<float, int> cellLayout(int shift, int width, int height) {
     const int size = 1 << shift;
-    return {size - 1, size, width, height, static_cast<float>(width)};
+    return {
+        size - 1, size, width, height, static_cast<float>(width), size < width || size < height};
 }
 
 }  // namespace velk

@@ -29,7 +29,7 @@ struct Lanes {
                     splat(g.periodX),
                     splat(g.periodY),
                     {splat(c.tileMask), splat(c.tileSize), splat(c.width), splat(c.height),
-                     splat(c.widthF)}};
+                     splat(c.widthF), c.tiled}};
         twoPeriodsX = splat(2.0f * g.periodX);
         twoPeriodsY = splat(2.0f * g.periodY);
         rowBytes = splat(static_cast<float>(t.bytesPerLine));

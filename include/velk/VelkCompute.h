@@ -148,7 +148,6 @@ class VELK_EXPORT VelkCompute {
     void seedOffset(VelkImage* mask, VelkImage* seedMap);
     void seedSobol(VelkImage* mask, VelkImage* seedMap);
     void seedPixel(int x, int y, int sub, VelkImage* mask, VelkImage* seedMap);
-    std::size_t cellOf(int x, int y) const;
     Vec2f seedOf(int x, int y, int sub) const;
     void markSeed(const Vec2f& seed, int x, int y, VelkImage* mask, VelkImage* seedMap) const;
     void replaceIntegrators(VelkIntegrator* forward, VelkIntegrator* backward);
