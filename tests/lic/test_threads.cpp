@@ -29,7 +29,7 @@ struct Result {
     int lines;
 };
 
-Result computeWith(const ThreadCase& c, int threads) {
+Result computeWith(const ThreadCase& c, int threads, int tileShift) {
     VelkVectorField field(41, 31, nullptr);
     if (c.saddle) {
         field.setSaddle();
@@ -51,9 +51,8 @@ Result computeWith(const ThreadCase& c, int threads) {
         engine.backward = new HostRK43(0.001f, 4.0f, 0.5f, 15.0f, -1);
     }
     engine.setThreads(threads);
-    // Small tiles: many run at once, and many lines leave their tile's zone.
     velk::TileLog log;
-    log.tileShift = c.tileShift;
+    log.tileShift = tileShift;
     velk::TiledSeeding::record(engine, &log);
     VelkImage mask(field.width, field.height, 1), seedMap, output;
     mask.createRandom(0, 3);
@@ -64,31 +63,45 @@ Result computeWith(const ThreadCase& c, int threads) {
             engine.numFieldLines};
 }
 
+const ThreadCase kCases[] = {
+    {300, 200, 4, 1, 1, 1, 1, 1, false, false, false, false},
+    {200, 150, 5, 0, 2, 3, 0, 0, true, true, true, false},
+    {257, 130, 4, 2, 1, 1, 2, 1, false, true, false, false},
+    {120, 100, 4, 1, 3, 3, 2, 0, true, false, true, false},
+    {130, 129, 3, 2, 2, 1, 0, 1, false, false, false, false},
+    {50, 40, 2, 1, 1, 1, 1, 1, false, true, true, false},
+    {150, 100, 4, 1, 1, 1, 1, 1, false, false, false, true},
+    {330, 260, 6, 1, 1, 1, 1, 1, false, false, false, false},
+};
+
 }  // namespace
 
 TEST(Threads, SameBytesForEveryThreadCount) {
-    const ThreadCase cases[] = {
-        {300, 200, 4, 1, 1, 1, 1, 1, false, false, false, false},
-        {200, 150, 5, 0, 2, 3, 0, 0, true, true, true, false},
-        {257, 130, 4, 2, 1, 1, 2, 1, false, true, false, false},
-        {120, 100, 4, 1, 3, 3, 2, 0, true, false, true, false},
-        {130, 129, 3, 2, 2, 1, 0, 1, false, false, false, false},
-        {50, 40, 2, 1, 1, 1, 1, 1, false, true, true, false},
-        {150, 100, 4, 1, 1, 1, 1, 1, false, false, false, true},
-        {330, 260, 6, 1, 1, 1, 1, 1, false, false, false, false},
-    };
-    for (const ThreadCase& c : cases) {
+    for (const ThreadCase& c : kCases) {
         SCOPED_TRACE(testing::Message()
                      << c.width << "x" << c.height << " tiles " << c.tileShift << " kernel "
                      << c.kernel << " sub " << c.subPixels << " seeding " << c.seeding);
-        const Result one = computeWith(c, 1);
+        // Small tiles: many run at once, and many lines leave their tile's zone.
+        const Result one = computeWith(c, 1, c.tileShift);
         EXPECT_GT(one.lines, 0);
         for (int threads : {2, 3, 7}) {
-            const Result many = computeWith(c, threads);
-            EXPECT_EQ(many.output, one.output)
-                << c.width << "x" << c.height << " k" << c.kernel << " threads " << threads;
+            const Result many = computeWith(c, threads, c.tileShift);
+            EXPECT_EQ(many.output, one.output) << "threads " << threads;
             EXPECT_EQ(many.seedMap, one.seedMap);
             EXPECT_EQ(many.lines, one.lines);
         }
+    }
+}
+
+// A tile as large as the image is seeded in the sequential order, with the
+// sequential decisions: the two algorithms then agree byte for byte.
+TEST(Threads, OneTileIsTheSequentialAlgorithm) {
+    for (const ThreadCase& c : kCases) {
+        SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " seeding " << c.seeding);
+        const Result sequential = computeWith(c, 0, c.tileShift);
+        const Result tiled = computeWith(c, 2, 10);
+        EXPECT_EQ(tiled.output, sequential.output);
+        EXPECT_EQ(tiled.seedMap, sequential.seedMap);
+        EXPECT_EQ(tiled.lines, sequential.lines);
     }
 }
