@@ -58,8 +58,8 @@ struct TiledSeeding::Worker {
 
     ~Worker() {
         if (ownsIntegrators) {
+            if (tools.backward != tools.forward) delete tools.backward;
             delete tools.forward;
-            delete tools.backward;
         }
         std::free(tools.positions);
         std::free(tools.points);
@@ -97,9 +97,10 @@ bool TiledSeeding::startWorker(Worker& worker, bool ownIntegrators) {
         t.forward = engine.forward;
         t.backward = engine.backward;
     } else {
+        // A host may have made one integrator trace both ways; so do the copies.
         worker.ownsIntegrators = true;
         t.forward = copyOf(*engine.forward);
-        t.backward = copyOf(*engine.backward);
+        t.backward = engine.backward == engine.forward ? t.forward : copyOf(*engine.backward);
         if (!t.forward || !t.backward) return false;
     }
     const std::size_t records = 2 * static_cast<std::size_t>(engine.nTotal) + 1;
