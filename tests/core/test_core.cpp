@@ -99,6 +99,15 @@ TEST(Containers, BorrowedBuffersStayTheCallers) {
     EXPECT_EQ(nodes, std::vector<float>(8, 1.5f));
 }
 
+// Not a timing: a watch started and stopped at once has taken next to no time.
+TEST(Containers, WatchMeasuresFromItsStart) {
+    UxWatch watch;
+    watch.start();
+    watch.stop();
+    EXPECT_TRUE(watch.elapsed() >= 0.0 && watch.elapsed() < 60.0) << watch.elapsed();
+    EXPECT_TRUE(watch.cpu() >= 0.0 && watch.cpu() < 60.0) << watch.cpu();
+}
+
 // The wrap takes a shortcut for far-out values; it must round exactly as the
 // plain loop does.
 TEST(PeriodicWrap, MatchesRepeatedStepsForWholePeriods) {

@@ -146,7 +146,7 @@ TEST(LicHashes, MasksSeedMapsAndEdgesMatchTheRecordedHashes) {
     for (size_t i = 0; i < padded.size(); i++) padded[i] = static_cast<unsigned char>(i * 7);
     VelkImage borrowed(30, 22, 3, 100, padded.data());
     velktest::Hashes hashes;
-    for (int k = 0; k < 34; k++) {
+    for (int k = 0; k < 36; k++) {
         VelkCompute e;
         VelkVectorField* field = &circle;
         VelkImage *input = &texture, *withMask = nullptr, seeds, output(3, 2);
@@ -171,6 +171,8 @@ TEST(LicHashes, MasksSeedMapsAndEdgesMatchTheRecordedHashes) {
         // Kernel divisors beyond 2^23 take the wide running sums.
         if (k == 32) e.setFilterKernel(VelkCompute::CUBIC), e.setFilterLength(310.0f);
         if (k == 33) e.setFilterLength(2900.0f);
+        if (k == 34) input = &dot, e.seedingMode = 2;
+        if (k == 35) input = &line, e.seedingMode = 2, e.setNumSubPixels(2);
         velktest::MessageCapture capture(1);
         velktest::Hash h;
         h.add(e.compute(field, input, &output, withMask, seedMap ? &seeds : nullptr));
@@ -194,6 +196,23 @@ TEST(LicHashes, MasksSeedMapsAndEdgesMatchTheRecordedHashes) {
             hashes.push_back(
                 {"zaehlrohr-" + std::to_string(base) + "-" + std::to_string(extension), h.hex()});
         }
+    }
+    // The texture lookups a host may call, on a lattice beyond the texture.
+    VelkCompute::PixelLookup lookups[] = {VelkCompute::getPixelConst1, VelkCompute::getPixelConstN,
+                                          VelkCompute::getPixelBilinear1,
+                                          VelkCompute::getPixelBilinearN};
+    for (int l = 0; l < 4; l++) {
+        velktest::Hash h;
+        for (VelkImage* image : {&texture, &pairs, &borrowed, &dot}) {
+            for (float y = -3.0f; y < 25.0f; y += 0.8125f) {
+                for (float x = -3.0f; x < 33.0f; x += 0.6875f) {
+                    int out[4] = {-1, -1, -1, -1};
+                    lookups[l](image, x, y, out);
+                    h.bytes(out, sizeof out);
+                }
+            }
+        }
+        hashes.push_back({"lookup-" + std::to_string(l), h.hex()});
     }
     velktest::expectRecorded("recorded/lic-edges.txt", hashes);
 }

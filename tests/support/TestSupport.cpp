@@ -83,7 +83,8 @@ int openFileCount() {
 
 VelkImage makeImage(int width, int height, int channels, const Bytes& values) {
     VelkImage image(width, height, channels);
-    for (size_t i = 0; i < values.size(); i++) image.data[i] = static_cast<unsigned char>(values[i]);
+    for (size_t i = 0; i < values.size(); i++)
+        image.data[i] = static_cast<unsigned char>(values[i]);
     return image;
 }
 
@@ -130,9 +131,10 @@ Hash& Hash::add(const std::string& text) {
 }
 
 Hash& Hash::add(const VelkImage& image) {
-    add(image.width).add(image.height).add(image.nChannels);
+    add(image.width).add(image.height).add(image.nChannels).add(image.bytesPerLine);
     for (int y = 0; image.data && y < image.height; y++)
-        bytes(image.data + y * image.bytesPerLine, static_cast<std::size_t>(image.width) * image.nChannels);
+        bytes(image.data + y * image.bytesPerLine,
+              static_cast<std::size_t>(image.width) * image.nChannels);
     return *this;
 }
 

@@ -75,7 +75,7 @@ class Hash {
     Hash& add(int v);
     Hash& add(float v);
     Hash& add(const std::string& text);
-    // Size, channels and the bytes of every row (not the padding).
+    // Size, channels, row distance and the bytes of every row (not the padding).
     Hash& add(const VelkImage& image);
     std::string hex() const;
 
