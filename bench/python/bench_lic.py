@@ -132,6 +132,12 @@ def main() -> None:
     if cpp is not None:
         rows.append(["VelkCompute::compute (C++, velk-bench)", f"{cpp * 1e3:.1f}", ""])
         rows[0][2] = f"{100 * (python / cpp - 1):+.1f} %"
+    # With length 0 the engine only copies the texture: what is left is the
+    # fixed cost of a call (argument checks, conversions, the output array).
+    empty = velk.Engine(length=0)
+    fixed = median_seconds(lambda: empty.compute(u, v, texture), args.repeats)
+    rows.append(["velk.Engine.compute, length 0 (the cost of a call)", f"{fixed * 1e3:.2f}",
+                 f"{100 * fixed / python:.1f} % of the LIC"])
     print(table(["1024x1024, box L=20, midpoint", "median ms", "Python overhead"], rows) + "\n")
 
     default = velk.Engine(length=HALF)
