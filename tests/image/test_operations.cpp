@@ -22,7 +22,8 @@ const Input kInputs[] = {
     {"grey", 13, 9, 1, 13, 0},     {"rgb", 13, 9, 3, 39, 0},     {"padded", 7, 5, 1, 11, 0},
     {"paddedrgb", 5, 4, 3, 17, 0}, {"binary", 16, 12, 1, 16, 1}, {"binaryrgb", 6, 5, 3, 18, 1},
     {"pairs", 6, 4, 2, 12, 0},     {"row", 6, 1, 1, 6, 0},       {"column", 1, 6, 3, 3, 0},
-    {"dot", 1, 1, 1, 1, 0},        {"twobytwo", 2, 2, 1, 2, 0},  {"empty", 0, 0, 1, 0, 0}};
+    {"dot", 1, 1, 1, 1, 0},        {"twobytwo", 2, 2, 1, 2, 0},  {"empty", 0, 0, 1, 0, 0},
+    {"nowidth", 0, 3, 1, 0, 0}};
 
 // The input on a buffer of its own, whose padding holds 0xA5.
 struct Source {
