@@ -26,7 +26,7 @@ Hash& add(Hash& h, const VelkColormap& m) {
 }
 
 // Vector fields with turns, zero and negative-zero nodes, a borrowed buffer,
-// and a single column.
+// a single column and a single row.
 float gBorrowed[12];
 std::unique_ptr<VelkVectorField> makeVector(int kind) {
     for (int k = 0; k < 12; k++) gBorrowed[k] = static_cast<float>(k * k % 7) - 3.0f;
@@ -34,6 +34,7 @@ std::unique_ptr<VelkVectorField> makeVector(int kind) {
     auto f = std::make_unique<VelkVectorField>(kind ? 6 : 9, kind ? 5 : 7, nullptr);
     if (kind == 0) f->setCircle(0.4f);
     if (kind == 3) f->setSize(1, 4);
+    if (kind == 4) f->setSize(5, 1);
     for (int n = 0; kind != 0 && n < f->width * f->height; n++) {
         f->data[2 * n] = n == 7 ? 0.0f : std::sin(0.7f * n) * static_cast<float>(n % 4);
         f->data[2 * n + 1] = n == 7 ? -0.0f : std::cos(0.3f * n) - 0.5f;
@@ -42,7 +43,7 @@ std::unique_ptr<VelkVectorField> makeVector(int kind) {
 }
 
 void makeScalar(int kind, VelkScalarField& s) {
-    const int sizes[][2] = {{9, 7}, {5, 4}, {2, 2}, {4, 6}};
+    const int sizes[][2] = {{9, 7}, {5, 4}, {2, 2}, {4, 6}, {3, 1}};
     s.setSize(sizes[kind][0], sizes[kind][1]);
     if (kind == 0) s.createDipole(2.0f, 0.25f);
     if (kind == 1) s.createCircle();
@@ -59,7 +60,7 @@ TEST(DerivedFields, OutputsMatchTheRecordedHashes) {
         hashes.push_back({name, h.hex()});
     };
     const int grids[][2] = {{4, 3}, {13, 11}, {1, 1}, {2, 5}};
-    for (int kind = 0; kind < 4; kind++) {
+    for (int kind = 0; kind < 5; kind++) {
         const std::string k = std::to_string(kind);
         for (const auto& g : grids) {
             const std::string size = std::to_string(g[0]) + "x" + std::to_string(g[1]);
@@ -92,7 +93,7 @@ TEST(DerivedFields, OutputsMatchTheRecordedHashes) {
         f->normalize();
         record("display/" + k + "/same", add(h, *f));
     }
-    for (int kind = 0; kind < 4; kind++) {
+    for (int kind = 0; kind < 5; kind++) {
         VelkScalarField s;
         VelkVectorField f;
         makeScalar(kind, s);
