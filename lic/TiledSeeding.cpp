@@ -143,7 +143,10 @@ bool TiledSeeding::run(int seedingMode, int threads) {
     std::vector<std::thread> pool;
     for (std::size_t k = 1; k < workers.size(); k++) {
         try {
-            pool.emplace_back(&TiledSeeding::work, this, std::ref(*workers[k]));
+            // A lambda, not a member pointer: its type has no linkage, so the
+            // std::thread code made for it stays inside the library.
+            Worker& worker = *workers[k];
+            pool.emplace_back([this, &worker] { work(worker); });
         } catch (const std::system_error&) {
             break;
         }
