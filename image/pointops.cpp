@@ -260,6 +260,29 @@ int VelkImage::mix(const VelkImage& other, VelkImage* dst) {
     return 1;
 }
 
+void VelkImage::avoidHueOne() {
+    if (nChannels != 3 || data == nullptr) return;
+    for (int y = 0; y < height; y++) {
+        unsigned char* p = data + static_cast<long>(y) * bytesPerLine;
+        for (int x = 0; x < width; x++, p += 3) {
+            if (!(p[0] > p[1] && p[1] == p[2])) continue;
+            float rgb[3] = {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f};
+            float hsl[3] = {0.0f, 0.0f, 0.0f};
+            RGB_to_HSL(rgb, hsl);
+            int hi = static_cast<int>(127.5f * (1.0f + hsl[1]) + 0.5f);
+            if (hi > 255) hi = 255;
+            const int lo = 255 - hi;
+            if (hi - lo >= 2) {
+                p[0] = static_cast<unsigned char>(hi);
+                p[1] = static_cast<unsigned char>(lo + 1);
+                p[2] = static_cast<unsigned char>(lo);
+            } else {
+                p[1] = static_cast<unsigned char>(p[1] + 1);  // hardly saturated: no hue shows
+            }
+        }
+    }
+}
+
 int VelkImage::applyMask(const VelkImage& mask, VelkImage* dst) {
     if (!sameSize(*this, mask)) return 0;
     if (mask.nChannels != 1) {

@@ -144,34 +144,9 @@ BytesOut transform(const BytesIn& in, Op op) {
     return velkpy::toArray(image);
 }
 
-// The colour layer's pure reds (red above equal green and blue) get the hue
-// 1.0 from RGB_to_HSL, which HSL_to_RGB does not map back, so `mix` would keep
-// them instead of giving them the LIC's lightness. `mix` uses only hue and
-// saturation of the layer: such a pixel becomes the fully bright red of the
-// same saturation with one step more green, a hue shift of 1/1530.
-void avoidHueOne(VelkImage& layer) {
-    const std::size_t n = static_cast<std::size_t>(layer.width) * layer.height;
-    for (unsigned char* p = layer.data; p < layer.data + 3 * n; p += 3) {
-        if (!(p[0] > p[1] && p[1] == p[2])) continue;
-        float rgb[3] = {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f};
-        float hsl[3] = {0.0f, 0.0f, 0.0f};
-        RGB_to_HSL(rgb, hsl);
-        int hi = static_cast<int>(127.5f * (1.0f + hsl[1]) + 0.5f);
-        if (hi > 255) hi = 255;
-        const int lo = 255 - hi;
-        if (hi - lo >= 2) {
-            p[0] = static_cast<unsigned char>(hi);
-            p[1] = static_cast<unsigned char>(lo + 1);
-            p[2] = static_cast<unsigned char>(lo);
-        } else {
-            p[1] = static_cast<unsigned char>(p[1] + 1);  // hardly saturated: no hue shows
-        }
-    }
-}
-
 // The hue and saturation of `layer`, the lightness of the image.
-void mixColour(VelkImage& image, VelkImage& layer) {
-    avoidHueOne(layer);
+void mixColor(VelkImage& image, VelkImage& layer) {
+    layer.avoidHueOne();
     if (image.nChannels == 3) image.colorToGrey(nullptr);
     image.mix(layer, nullptr);
 }
@@ -204,8 +179,8 @@ BytesOut blur(const BytesIn& in, int radius) {
     });
 }
 
-BytesOut colourScalars(const BytesIn& in, const FloatIn& values, const Table& table, float lo,
-                       float hi) {
+BytesOut colorScalars(const BytesIn& in, const FloatIn& values, const Table& table, float lo,
+                      float hi) {
     return transform(in, [&](VelkImage& image) {
         VelkScalarField scalars;
         velkpy::readScalars(values, scalars);
@@ -215,18 +190,18 @@ BytesOut colourScalars(const BytesIn& in, const FloatIn& values, const Table& ta
         VelkImage layer(image.width, image.height, 3);
         layer.clear(0);
         scalars.pseudoColor(map, layer, 0);
-        mixColour(image, layer);
+        mixColor(image, layer);
     });
 }
 
-BytesOut colourDirection(const BytesIn& in, const FloatIn& u, const FloatIn& v) {
+BytesOut colorDirection(const BytesIn& in, const FloatIn& u, const FloatIn& v) {
     return transform(in, [&](VelkImage& image) {
         VelkVectorField field;
         velkpy::readField(u, v, field);
         VelkImage layer(image.width, image.height, 3);
         layer.clear(0);
         field.vecToColor(layer, 0);
-        mixColour(image, layer);
+        mixColor(image, layer);
     });
 }
 
@@ -339,8 +314,8 @@ NB_MODULE(_velk, m) {
         return transform(in, [=](VelkImage& i) { i.emboss(azimuth, elevation, relief, nullptr); });
     });
     m.def("emboss_flow", &embossFlow);
-    m.def("colour_scalars", &colourScalars);
-    m.def("colour_direction", &colourDirection);
+    m.def("color_scalars", &colorScalars);
+    m.def("color_direction", &colorDirection);
     m.def("colormap", &colormap);
 
     m.def("circle", [](int nx, int ny, float angle) {

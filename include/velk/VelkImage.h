@@ -70,6 +70,12 @@ class VELK_EXPORT VelkImage {
     // 0: sizes differ ("Images must have same size.") or either image has other
     // than 1 or 3 channels ("Illegal number of channels (1 and 3 required).").
     int mix(const VelkImage& other, VelkImage* dst);
+    // Prepares an RGB colour layer for mix: pure reds (red above equal green and
+    // blue) get the hue 1.0 from RGB_to_HSL, which HSL_to_RGB does not map back,
+    // so mix would keep them instead of giving them the lightness. Each such
+    // pixel becomes the fully bright red of its saturation with one step more
+    // green (a hue shift of 1/1530). Images of other channel counts are left alone.
+    void avoidHueOne();
     // 0: sizes differ ("Images must have same size."), the mask has more than one
     // channel ("mask must only have one component."), or this image has other
     // than 1 or 3 channels (silently).

@@ -86,35 +86,6 @@ void loadColormap(const std::string& name, VelkColormap& map) {
     }
 }
 
-// The library's RGB to HSL conversion gives pure reds (red above equal green
-// and blue) the hue 1.0, which its HSL to RGB conversion does not map back, so
-// `mix` would keep such pixels as they are instead of giving them the LIC's
-// lightness. `mix` uses only hue and saturation of the colour layer, so such a
-// pixel is replaced by the fully bright red of the same saturation with one
-// step more green: its hue moves off 1.0 by a negligible 1/1530.
-void avoidHueOne(VelkImage& layer) {
-    for (int y = 0; y < layer.height; y++) {
-        unsigned char* p = layer.data + static_cast<long>(y) * layer.bytesPerLine;
-        for (int x = 0; x < layer.width; x++, p += 3) {
-            if (!(p[0] > p[1] && p[1] == p[2])) continue;
-            float rgb[3] = {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f};
-            float hsl[3] = {0.0f, 0.0f, 0.0f};
-            RGB_to_HSL(rgb, hsl);
-            int hi = static_cast<int>(127.5f * (1.0f + hsl[1]) + 0.5f);
-            if (hi > 255) hi = 255;
-            const int lo = 255 - hi;
-            if (hi - lo >= 2) {
-                p[0] = static_cast<unsigned char>(hi);
-                p[1] = static_cast<unsigned char>(lo + 1);
-                p[2] = static_cast<unsigned char>(lo);
-            } else {
-                // Hardly saturated: the hue does not show.
-                p[1] = static_cast<unsigned char>(p[1] + 1);
-            }
-        }
-    }
-}
-
 void setRange(VelkColormap& map, float lo, float hi) {
     // A constant field still needs a usable scale.
     if (!(hi > lo)) hi = lo + 1.0f;
@@ -224,5 +195,5 @@ void PostProcessor::prepareColorLayer(int width, int height) {
         case Coloring::None:
             break;
     }
-    avoidHueOne(colorLayer);
+    colorLayer.avoidHueOne();
 }
