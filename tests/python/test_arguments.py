@@ -28,9 +28,9 @@ BAD = [
     (lambda: velk.blur(IMG, 10), ValueError, "radius must be in 1 .. 9"),
     (lambda: velk.zoom(IMG, (0, 5)), ValueError, r"shape\[0\] must be in 1"),
     (lambda: velk.emboss(IMG[:1]), ValueError, "at least 2x2"),
-    (lambda: velk.colour(IMG, F, "jet"), ValueError, "name must be one of hue"),
-    (lambda: velk.colour(IMG, F, np.zeros((5, 4), np.uint8)), ValueError, r"\(N, 3\)"),
-    (lambda: velk.colour(IMG, F, np.zeros((5, 3))), TypeError, "uint8 table"),
+    (lambda: velk.color(IMG, F, "jet"), ValueError, "name must be one of hue"),
+    (lambda: velk.color(IMG, F, np.zeros((5, 4), np.uint8)), ValueError, r"\(N, 3\)"),
+    (lambda: velk.color(IMG, F, np.zeros((5, 3))), TypeError, "uint8 table"),
     (lambda: velk.read_ucd("x.inp", grid=(1, 5)), ValueError, r"grid\[0\] must be in 2"),
     (lambda: velk.circle((3,)), TypeError, "shape must be a pair"),
 ]

@@ -29,12 +29,12 @@ def test_filters_keep_shape_and_constant_images():
 def test_colouring_takes_hue_from_the_values_and_lightness_from_the_image():
     u, v = velk.circle((33, 33))
     mag = np.hypot(u, v)
-    assert velk.colour(LIC, mag, "hot").shape == (48, 64, 3)
+    assert velk.color(LIC, mag, "hot").shape == (48, 64, 3)
     ramp = np.repeat(np.arange(256, dtype=np.uint8)[:, None], 3, axis=1)
-    assert np.array_equal(velk.colour(LIC, mag, ramp[::51]), velk.colour(LIC, mag, "grey"))
+    assert np.array_equal(velk.color(LIC, mag, ramp[::51]), velk.color(LIC, mag, "grey"))
     white = np.full_like(LIC, 255)
-    assert (velk.colour(white, mag, "grey", range=(0, 1)) == 255).all()
-    assert velk.colour_direction(LIC, u, v).shape == (48, 64, 3)
-    ramp = velk.colour(np.full((8, 8), 64, np.uint8), np.tile(np.linspace(0, 1, 8), (8, 1)))
+    assert (velk.color(white, mag, "grey", range=(0, 1)) == 255).all()
+    assert velk.color_direction(LIC, u, v).shape == (48, 64, 3)
+    ramp = velk.color(np.full((8, 8), 64, np.uint8), np.tile(np.linspace(0, 1, 8), (8, 1)))
     assert (ramp == ramp[0]).all() and len(np.unique(ramp[0], axis=0)) == 8
     assert ramp[0, 0, 0] < 140  # pure red of the map, darkened like every other hue

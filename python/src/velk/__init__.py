@@ -23,8 +23,8 @@ import numpy as np
 from . import _velk
 
 __all__ = [
-    "Engine", "lic", "noise", "adjust", "brighten", "blur", "zoom", "emboss", "colour",
-    "colour_direction", "colormap", "read_vector_field", "read_ucd", "read_scalar_field",
+    "Engine", "lic", "noise", "adjust", "brighten", "blur", "zoom", "emboss", "color",
+    "color_direction", "colormap", "read_vector_field", "read_ucd", "read_scalar_field",
     "read_scalar_ucd", "read_pnm", "write_pnm", "circle", "saddle", "linear", "brusselator",
 ]
 
@@ -508,7 +508,7 @@ def _table(cmap: Any) -> np.ndarray:
     return np.ascontiguousarray(np.stack(rows, axis=1), dtype=np.float32)
 
 
-def colour(img: Any, values: Any, cmap: Union[str, Any] = "hue",
+def color(img: Any, values: Any, cmap: Union[str, Any] = "hue",
            range: Optional[Tuple[float, float]] = None) -> np.ndarray:
     """Colours an image by a scalar field: hue from the values, lightness from img.
 
@@ -536,7 +536,7 @@ def colour(img: Any, values: Any, cmap: Union[str, Any] = "hue",
     --------
     >>> import numpy as np, velk
     >>> u, v = velk.circle((33, 33))
-    >>> rgb = velk.colour(velk.lic(u, v), np.hypot(u, v), "hot")
+    >>> rgb = velk.color(velk.lic(u, v), np.hypot(u, v), "hot")
     >>> rgb.shape
     (33, 33, 3)
     """
@@ -547,10 +547,10 @@ def colour(img: Any, values: Any, cmap: Union[str, Any] = "hue",
     lo, hi = _number("range[0]", range[0]), _number("range[1]", range[1])
     if not hi > lo:
         hi = lo + 1.0  # a constant field still needs a usable scale
-    return _velk.colour_scalars(a, s, _table(cmap), lo, hi)
+    return _velk.color_scalars(a, s, _table(cmap), lo, hi)
 
 
-def colour_direction(img: Any, u: Any, v: Any) -> np.ndarray:
+def color_direction(img: Any, u: Any, v: Any) -> np.ndarray:
     """Colours an image by the field's direction: hue from the angle, lightness from img.
 
     Parameters
@@ -567,10 +567,10 @@ def colour_direction(img: Any, u: Any, v: Any) -> np.ndarray:
     --------
     >>> import velk
     >>> u, v = velk.circle((33, 33))
-    >>> velk.colour_direction(velk.lic(u, v), u, v).shape
+    >>> velk.color_direction(velk.lic(u, v), u, v).shape
     (33, 33, 3)
     """
-    return _velk.colour_direction(_image("img", img, 2), *_field(u, v))
+    return _velk.color_direction(_image("img", img, 2), *_field(u, v))
 
 
 def _path(path: Any) -> str:
