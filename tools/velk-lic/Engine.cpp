@@ -62,11 +62,14 @@ void readMask(const std::string& path, const VelkVectorField& field, VelkImage& 
                         std::to_string(field.width) + "x" + std::to_string(field.height));
 }
 
-void computeLic(VelkCompute& engine, VelkVectorField& field, VelkImage& texture, VelkImage* mask,
-                VelkImage& lic) {
+void computeLic(const Options& o, VelkCompute& engine, VelkVectorField& field, VelkImage& texture,
+                VelkImage* mask, VelkImage& lic) {
     console::clearLibraryError();
-    if (!engine.compute(&field, &texture, &lic, mask, nullptr))
-        console::libraryFailure("the LIC computation failed");
+    // Later passes convolve the whole picture; the mask is applied to the last.
+    const int ok = o.iterations == 1
+                       ? engine.compute(&field, &texture, &lic, mask, nullptr)
+                       : velk_enhancedLic(engine, &field, &texture, &lic, o.iterations, o.enhance);
+    if (!ok) console::libraryFailure("the LIC computation failed");
     if (!mask) return;
 
     // Pixel centres in field coordinates, as the engine places its seeds.

@@ -30,9 +30,10 @@ void checkEngineMemory(const Options& options, const VelkImage& texture);
 // Reads the mask picture (grey, of the field grid's size); throws ToolError.
 void readMask(const std::string& path, const VelkVectorField& field, VelkImage& mask);
 
-// Computes the LIC of `texture` into `lic`; with a mask, the pixels whose
-// centre lies where the mask is 0 become 0.
-void computeLic(VelkCompute& engine, VelkVectorField& field, VelkImage& texture, VelkImage* mask,
-                VelkImage& lic);
+// Computes the LIC of `texture` into `lic` in --iterations passes (enhanced
+// with --enhance); with a mask, the pixels whose centre lies where the mask is
+// 0 become 0.
+void computeLic(const Options& options, VelkCompute& engine, VelkVectorField& field,
+                VelkImage& texture, VelkImage* mask, VelkImage& lic);
 
 #endif

@@ -19,7 +19,8 @@ enum class Id {
     GradientAngle,
     Noise, Seed, NoiseSize, Texture,
     Kernel, Length, SubPixels, Lookup, Integrator, Rk43, Normalization, Seeding, Mask, Threads,
-    Adjust, Brighten, NoAdjust, Blur, Size, Emboss, Light, Relief, Color, ColorScalar, Colormap,
+    Iterations, Enhance,
+    Adjust, Brighten, NoAdjust, Equalize, EqualizeTiles, EqualizeClip, Blur, Size, Emboss, Light, Relief, Color, ColorScalar, Colormap,
     Range, Flip, Gamma, Overlay, OverlayMesh,
     Frames, Advect,
     Count
@@ -55,6 +56,10 @@ const Requirement kNoise{[](const Options& o) { return o.texturePath.empty(); },
                          "cannot be combined with --texture"};
 const Requirement kRk43{oneOf<&Options::integrator, Integrator::Rk43>,
                         "applies to --integrator rk43 only"};
+const Requirement kAdaptive{oneOf<&Options::contrast, Contrast::EqualizeAdaptive>,
+                            "needs --equalize adaptive"};
+const Requirement kPasses{[](const Options& o) { return o.iterations > 1; },
+                          "needs at least 2 --iterations"};
 const Requirement kLightEmboss{oneOf<&Options::emboss, Emboss::Light>, "needs --emboss light"};
 const Requirement kScalarColor{oneOf<&Options::coloring, C::Scalar>, "needs --color scalar"};
 const Requirement kColorMap{oneOf<&Options::coloring, C::Magnitude, C::Scalar>,
@@ -201,6 +206,14 @@ const Row kRows[] = {
      "threads, whose picture is the same for every N (though not byte for byte the sequential "
      "one's); --frames: up to N frames side by side", "all cores",
      [](O o, V v) { o.threads = v.integer(0, kMaxThreads); }},
+    {Id::Iterations, "iterations", 0, "N",
+     "LIC passes, 1 to 100: every pass after the first convolves the picture of the one "
+     "before, which makes the streaks longer and smoother", "1, or 2 with --enhance",
+     [](O o, V v) { o.iterations = v.integer(1, kMaxIterations); }},
+    {Id::Enhance, "enhance", 0, nullptr,
+     "high-pass filter the picture before every pass after the first, so that the streaks stay "
+     "sharp and apart: LIC, high-pass, LIC", "off",
+     [](O o, V) { o.enhance = true; }, &kPasses},
 
     {Id::Adjust, "adjust", 0, "MEAN,SIGMA",
      "contrast: stretch the non-black pixels to this mean and deviation", "128,48",
@@ -220,6 +233,20 @@ const Row kRows[] = {
      }, nullptr, &kOneContrast},
     {Id::NoAdjust, "no-adjust", 0, nullptr, "keep the LIC values as computed", "off",
      [](O o, V) { o.contrast = Contrast::None; }, nullptr, &kOneContrast},
+    {Id::Equalize, "equalize", 0, "MODE",
+     "contrast: histogram equalisation of the LIC picture instead, global (one mapping for the "
+     "whole picture) or adaptive (one per tile, blended between tiles)", "off",
+     [](O o, V v) {
+         o.contrast = v.position({"global", "adaptive"}) == 0 ? Contrast::Equalize
+                                                              : Contrast::EqualizeAdaptive;
+     }, nullptr, &kOneContrast},
+    {Id::EqualizeTiles, "equalize-tiles", 0, "WxH",
+     "--equalize adaptive: tiles across and up, 1 to 256", "8x8",
+     [](O o, V v) { o.equalizeTiles = v.size(1, 256); }, &kAdaptive},
+    {Id::EqualizeClip, "equalize-clip", 0, "C",
+     "--equalize adaptive: cap of a histogram bin in multiples of the mean bin, 1 to 256; "
+     "lower keeps flat regions calmer, 256 caps nothing", "3",
+     [](O o, V v) { o.equalizeClip = v.number(1, 256); }, &kAdaptive},
     {Id::Blur, "blur", 0, "N", "Gaussian blur with a deviation of N pixels, 1 to 9; 0 is none", "0",
      [](O o, V v) { o.blur = v.integer(0, 9); }},
     {Id::Size, "size", 's', "WxH", "zoom the picture to this output size", "the LIC size",
@@ -383,6 +410,7 @@ void checkCombinations(Options& o, const Given& given) {
                          "' (use a .png, .pgm, .ppm or .pnm name)");
     }
 
+    if (o.enhance && !given[Id::Iterations]) o.iterations = 2;
     if (given[Id::ColorScalar] && !given[Id::Color]) o.coloring = Coloring::Scalar;
     if (o.coloring == Coloring::Scalar && o.colorScalarPath.empty())
         throw UsageError("--color scalar needs --color-scalar FILE");

@@ -14,7 +14,7 @@ enum class FieldSource { Circle, Saddle, Linear, Brusselator, File, Ucd, Image, 
 enum class NoiseKind { Grey, Binary, Color };
 enum class Integrator { Rk43, Midpoint };
 enum class Seeding { Scan, Offset, Sobol };  // the engine's seedingMode values
-enum class Contrast { Auto, Brighten, None };
+enum class Contrast { Auto, Brighten, None, Equalize, EqualizeAdaptive };
 enum class Emboss { None, Light, Flow };
 enum class Coloring { None, Direction, Magnitude, Scalar };
 enum class OutputFormat { Png, Pnm };
@@ -56,12 +56,16 @@ struct Options {
     float normalization = 0.0f;
     Seeding seeding = Seeding::Offset;
     std::string maskPath;
-    int threads = -1;  // 0: the sequential algorithm; -1: one thread per core
+    int threads = -1;    // 0: the sequential algorithm; -1: one thread per core
+    int iterations = 1;  // 2 when --enhance comes without --iterations
+    bool enhance = false;
 
     // Post-processing.
     Contrast contrast = Contrast::Auto;
     float adjust[2] = {128.0f, 48.0f};
     int window[2] = {0, 255};
+    Size equalizeTiles = {8, 8};
+    float equalizeClip = 3.0f;
     int blur = 0;
     bool resize = false;
     Size size = {0, 0};
@@ -89,6 +93,8 @@ constexpr int kMaxPictureSide = 8192;
 constexpr int kMaxGridSide = 4096;
 // Most threads --threads may ask for.
 constexpr int kMaxThreads = 256;
+// Most LIC passes --iterations may ask for.
+constexpr int kMaxIterations = 100;
 
 // Parses the command line. Returns false when --help or --version was answered
 // (the caller then exits with status 0); throws UsageError on bad options.

@@ -139,6 +139,13 @@ void PostProcessor::adjustContrast(VelkImage& picture) {
         case Contrast::Brighten:
             picture.brighten(options.window[0], options.window[1], nullptr);
             break;
+        case Contrast::Equalize:
+            picture.equalize();
+            break;
+        case Contrast::EqualizeAdaptive:
+            picture.equalizeAdaptive(options.equalizeTiles.width, options.equalizeTiles.height,
+                                     options.equalizeClip);
+            break;
         case Contrast::None:
             break;
     }

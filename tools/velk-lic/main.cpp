@@ -77,7 +77,7 @@ class FrameMaker {
         if (progress)
             progress->show("computing a " + std::to_string(texture.width) + "x" +
                            std::to_string(texture.height) + " LIC");
-        computeLic(engine, field, texture, mask, picture);
+        computeLic(options, engine, field, texture, mask, picture);
         if (progress) progress->show("finishing the picture");
         post.apply(picture);
     }
