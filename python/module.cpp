@@ -54,6 +54,8 @@ struct Settings {
     std::array<float, 4> rk43;  // initial step, min step, max step, tolerance
     float normalization;
     int threads;
+    int iterations;
+    bool enhance;
 };
 
 // One VelkCompute per Python engine; the lock keeps two threads sharing an
@@ -72,8 +74,11 @@ class Core {
             VelkImage input;
             velkpy::readImage(texture, input);
             std::lock_guard<std::mutex> guard(lock);
+            // The high-pass between passes blurs with the fast convolution.
+            std::unique_lock<std::mutex> tables(convolutionLock, std::defer_lock);
+            if (s.enhance) tables.lock();
             configure(s);
-            ok = engine.compute(&field, &input, &output);
+            ok = velk_enhancedLic(engine, &field, &input, &output, s.iterations, s.enhance);
             lines = engine.numFieldLines;
             hits = engine.totalHits;
         }
@@ -296,7 +301,9 @@ NB_MODULE(_velk, m) {
         .def_rw("midpoint", &Settings::midpoint)
         .def_rw("rk43", &Settings::rk43)
         .def_rw("normalization", &Settings::normalization)
-        .def_rw("threads", &Settings::threads);
+        .def_rw("threads", &Settings::threads)
+        .def_rw("iterations", &Settings::iterations)
+        .def_rw("enhance", &Settings::enhance);
     nb::class_<Core>(m, "Core").def(nb::init<>()).def("run", &Core::run);
 
     m.def("noise", &noise);
@@ -305,6 +312,11 @@ NB_MODULE(_velk, m) {
     });
     m.def("brighten", [](const BytesIn& in, int lo, int hi) {
         return transform(in, [=](VelkImage& i) { i.brighten(lo, hi, nullptr); });
+    });
+    m.def("equalize",
+          [](const BytesIn& in) { return transform(in, [](VelkImage& i) { i.equalize(); }); });
+    m.def("equalize_adaptive", [](const BytesIn& in, int rows, int columns, float clip) {
+        return transform(in, [=](VelkImage& i) { i.equalizeAdaptive(columns, rows, clip); });
     });
     m.def("blur", &blur);
     m.def("zoom", [](const BytesIn& in, int height, int width) {

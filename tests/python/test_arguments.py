@@ -33,6 +33,11 @@ BAD = [
     (lambda: velk.color(IMG, F, np.zeros((5, 3))), TypeError, "uint8 table"),
     (lambda: velk.read_ucd("x.inp", grid=(1, 5)), ValueError, r"grid\[0\] must be in 2"),
     (lambda: velk.circle((3,)), TypeError, "shape must be a pair"),
+    (lambda: velk.lic(F, F, enhance=True, iterations=1), ValueError, "enhance needs iterations"),
+    (lambda: velk.Engine(iterations=0), ValueError, "iterations must be in 1 .. 100"),
+    (lambda: velk.Engine(enhance=1), TypeError, "enhance must be a bool"),
+    (lambda: velk.equalize(IMG, True, (0, 4)), ValueError, r"tiles\[0\] must be in 1"),
+    (lambda: velk.equalize(IMG, clip=0.5), ValueError, "clip must be >= 1"),
 ]
 
 

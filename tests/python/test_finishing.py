@@ -14,6 +14,21 @@ def test_point_operations():
     assert abs(mean - 100) < 1
 
 
+def test_equalisation_flattens_the_histogram():
+    rgb = np.dstack([LIC, LIC // 2, LIC // 4 + 100])
+    for img in (LIC, rgb):
+        flat = velk.equalize(img)
+        assert flat.shape == img.shape and flat.dtype == np.uint8
+        for c in range(flat.size // LIC.size):
+            before, after = (np.histogram(a.reshape(LIC.size, -1)[:, c], 8, (0, 256))[0]
+                             for a in (img, flat))
+            assert after.std() < 0.5 * before.std()
+    adaptive = velk.equalize(LIC, adaptive=True)
+    assert adaptive.shape == LIC.shape and not np.array_equal(adaptive, velk.equalize(LIC))
+    # One tile that clips nothing is the global mapping.
+    assert np.array_equal(velk.equalize(rgb, True, (1, 1), 256), velk.equalize(rgb))
+
+
 def test_filters_keep_shape_and_constant_images():
     grey = np.full((20, 30), 90, np.uint8)
     rgb = np.dstack([grey, grey + 10, grey + 20])

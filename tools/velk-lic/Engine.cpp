@@ -88,7 +88,9 @@ void computeLic(const Options& o, VelkCompute& engine, VelkVectorField& field, V
 }
 
 ThreadShare shareThreads(const Options& o, const VelkImage& texture) {
-    if (o.frames == 1 || o.threads == 0) return {1, o.threads};
+    // The fast convolution behind --blur and --enhance keeps its tables in
+    // process-wide state, so such frames are made one at a time.
+    if (o.frames == 1 || o.threads == 0 || o.blur > 0 || o.enhance) return {1, o.threads};
     const unsigned cores = std::thread::hardware_concurrency();
     const int threads = o.threads > 0 ? o.threads : std::max(1, static_cast<int>(cores));
     // Frames side by side share the counter budget of one LIC.

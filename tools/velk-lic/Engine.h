@@ -16,7 +16,8 @@ void configureEngine(const Options& options, int threads, VelkCompute& engine);
 // How the threads of --threads are spent on the frames of an animation:
 // `frames` of them are computed side by side, each LIC on `engineThreads`.
 // Any split gives the same pictures, as the tiled algorithm does not depend on
-// its thread count; --threads 0 gives one frame at a time, sequentially.
+// its thread count; --threads 0 gives one frame at a time, sequentially, and
+// --blur and --enhance one frame at a time on all threads.
 struct ThreadShare {
     int frames;
     int engineThreads;

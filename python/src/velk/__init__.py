@@ -23,7 +23,7 @@ import numpy as np
 from . import _velk
 
 __all__ = [
-    "Engine", "lic", "noise", "adjust", "brighten", "blur", "zoom", "emboss", "color",
+    "Engine", "lic", "noise", "adjust", "brighten", "equalize", "blur", "zoom", "emboss", "color",
     "color_direction", "colormap", "read_vector_field", "read_ucd", "read_scalar_field",
     "read_scalar_ucd", "read_pnm", "write_pnm", "circle", "saddle", "linear", "brusselator",
 ]
@@ -60,6 +60,16 @@ def _integer(name: str, value: Any, low: int, high: int = 2**31 - 1) -> int:
     if not low <= value <= high:
         raise ValueError(f"{name} must be in {low} .. {high}, got {value}")
     return int(value)
+
+
+def _flag(name: str, value: Any) -> bool:
+    if not isinstance(value, (bool, np.bool_)):
+        raise TypeError(f"{name} must be a bool, got {type(value).__name__}")
+    return bool(value)
+
+
+def _iterations(name: str, value: Any) -> Optional[int]:
+    return None if value is None else _integer(name, value, 1, 100)
 
 
 def _floats(name: str, a: Any) -> np.ndarray:
@@ -163,6 +173,14 @@ class Engine:
     threads : int, default 0
         0: the sequential algorithm; n >= 1: the tiled algorithm on n threads
         (its output is the same for every n >= 1); -1: one thread per core.
+    iterations : int, optional
+        LIC passes, 1 to 100: each pass after the first convolves the image
+        of the one before, which makes the streaks longer and smoother.
+        Default 1, or 2 with ``enhance``.
+    enhance : bool, default False
+        High-pass filter the image before every pass after the first, so the
+        streaks stay sharp and apart (LIC, high-pass, LIC); needs 2 or more
+        iterations.
 
     Examples
     --------
@@ -185,16 +203,20 @@ class Engine:
     step = _Setting(lambda n, x: _number(n, x, 0.0, False))
     rk43 = _Setting(_rk43)
     threads = _Setting(lambda n, x: _integer(n, x, -1, 1024))
+    iterations = _Setting(_iterations)
+    enhance = _Setting(_flag)
 
     def __init__(self, *, length: float = 20.0, kernel: str = "triangle", subpixels: int = 1,
                  lookup: str = "bilinear", integrator: str = "rk43", seeding: str = "offset",
                  normalization: float = 0.0, extension: float = 80.0, step: float = 1.0,
                  rk43: Tuple[float, float, float, float] = (4.0, 0.5, 15.0, 0.001),
-                 threads: int = 0) -> None:
+                 threads: int = 0, iterations: Optional[int] = None,
+                 enhance: bool = False) -> None:
         self.length, self.kernel, self.subpixels = length, kernel, subpixels
         self.lookup, self.integrator, self.seeding = lookup, integrator, seeding
         self.normalization, self.extension, self.step = normalization, extension, step
         self.rk43, self.threads = rk43, threads
+        self.iterations, self.enhance = iterations, enhance
         self.lines = 0
         self.hits = 0
         self._core = _velk.Core()
@@ -209,6 +231,10 @@ class Engine:
             self.subpixels, LOOKUPS.index(self.lookup), SEEDINGS.index(self.seeding))
         s.midpoint, s.rk43 = self.integrator == "midpoint", self.rk43
         s.normalization, s.threads = self.normalization, self.threads
+        s.iterations = self.iterations or (2 if self.enhance else 1)
+        if self.enhance and s.iterations < 2:
+            raise ValueError("enhance needs iterations >= 2, got 1")
+        s.enhance = self.enhance
         return s
 
     def compute(self, u: Any, v: Any, texture: Any = None, *, seed: int = 1,
@@ -268,14 +294,15 @@ class Engine:
 
     def __repr__(self) -> str:
         names = ("length", "kernel", "subpixels", "lookup", "integrator", "seeding",
-                 "normalization", "extension", "step", "rk43", "threads")
+                 "normalization", "extension", "step", "rk43", "threads", "iterations", "enhance")
         return "velk.Engine(" + ", ".join(f"{n}={getattr(self, n)!r}" for n in names) + ")"
 
 
 def lic(u: Any, v: Any, texture: Any = None, *, length: float = 20.0, kernel: str = "triangle",
         subpixels: int = 1, lookup: str = "bilinear", integrator: str = "rk43",
         seeding: str = "offset", seed: int = 1, shape: Optional[Tuple[int, int]] = None,
-        threads: int = 0) -> np.ndarray:
+        threads: int = 0, iterations: Optional[int] = None, enhance: bool = False
+        ) -> np.ndarray:
     """Line integral convolution of the field (u, v): a uint8 image.
 
     The same field, texture and settings give, byte for byte, what velk's C++
@@ -306,6 +333,9 @@ def lic(u: Any, v: Any, texture: Any = None, *, length: float = 20.0, kernel: st
         Shape of the default noise; default the field's shape.
     threads : int, default 0
         0 sequential; n >= 1 the tiled algorithm on n threads; -1 one per core.
+    iterations : int, optional
+    enhance : bool, default False
+        Repeated LIC, and the high-pass between passes; see :class:`Engine`.
 
     Returns
     -------
@@ -327,7 +357,8 @@ def lic(u: Any, v: Any, texture: Any = None, *, length: float = 20.0, kernel: st
     ((100, 200), dtype('uint8'))
     """
     engine = Engine(length=length, kernel=kernel, subpixels=subpixels, lookup=lookup,
-                    integrator=integrator, seeding=seeding, threads=threads)
+                    integrator=integrator, seeding=seeding, threads=threads,
+                    iterations=iterations, enhance=enhance)
     return engine.compute(u, v, texture, seed=seed, shape=shape)
 
 
@@ -407,6 +438,49 @@ def brighten(img: Any, lo: int, hi: int) -> np.ndarray:
     if lo == hi:
         raise ValueError(f"lo and hi must differ, got {lo} and {hi}")
     return _velk.brighten(_image("img", img), lo, hi)
+
+
+def equalize(img: Any, adaptive: bool = False, tiles: Tuple[int, int] = (8, 8),
+             clip: float = 3.0) -> np.ndarray:
+    """Histogram equalisation, each channel on its own.
+
+    Global: one mapping spreads the image's values evenly over 0 .. 255.
+    Adaptive: every tile gets its own mapping, blended between tile centres,
+    which brings out local contrast; a histogram bin is capped at ``clip``
+    times the mean bin, which keeps flat regions from turning into noise.
+    The lowest value present becomes 0; an image of one value stays as it is.
+
+    Parameters
+    ----------
+    img : uint8 array, (H, W) or (H, W, 3)
+    adaptive : bool, default False
+    tiles : (rows, columns), default (8, 8)
+        Tiles of the adaptive mapping; more than the pixels count as one per
+        pixel.
+    clip : float, default 3.0
+        Cap of a bin of the adaptive mapping, >= 1; 256 caps nothing.
+
+    Returns
+    -------
+    numpy.ndarray
+        A new image of the same shape.
+
+    Examples
+    --------
+    >>> import numpy as np, velk
+    >>> velk.equalize(np.array([[10, 10, 20, 30]], np.uint8)).tolist()
+    [[0, 0, 128, 255]]
+    """
+    a = _image("img", img)
+    try:
+        rows, columns = tiles
+    except (TypeError, ValueError):
+        raise TypeError(f"tiles must be a pair of ints, got {tiles!r}") from None
+    rows, columns = _integer("tiles[0]", rows, 1), _integer("tiles[1]", columns, 1)
+    c = _number("clip", clip, 1.0)
+    if not _flag("adaptive", adaptive):
+        return _velk.equalize(a)
+    return _velk.equalize_adaptive(a, rows, columns, c)
 
 
 def blur(img: Any, radius: int = 2) -> np.ndarray:

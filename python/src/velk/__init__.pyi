@@ -33,6 +33,8 @@ class Engine:
     step: float
     rk43: Tuple[float, float, float, float]
     threads: int
+    iterations: Optional[int]
+    enhance: bool
     lines: int
     hits: int
     def __init__(
@@ -49,6 +51,8 @@ class Engine:
         step: float = 1.0,
         rk43: Tuple[float, float, float, float] = (4.0, 0.5, 15.0, 0.001),
         threads: int = 0,
+        iterations: Optional[int] = None,
+        enhance: bool = False,
     ) -> None: ...
     def compute(
         self,
@@ -74,10 +78,15 @@ def lic(
     seed: int = 1,
     shape: Optional[Tuple[int, int]] = None,
     threads: int = 0,
+    iterations: Optional[int] = None,
+    enhance: bool = False,
 ) -> _Bytes: ...
 def noise(shape: Tuple[int, ...], *, seed: int = 1, binary: bool = False) -> _Bytes: ...
 def adjust(img: npt.ArrayLike, mean: float = 128.0, sigma: float = 48.0) -> _Bytes: ...
 def brighten(img: npt.ArrayLike, lo: int, hi: int) -> _Bytes: ...
+def equalize(
+    img: npt.ArrayLike, adaptive: bool = False, tiles: Tuple[int, int] = (8, 8), clip: float = 3.0
+) -> _Bytes: ...
 def blur(img: npt.ArrayLike, radius: int = 2) -> _Bytes: ...
 def zoom(img: npt.ArrayLike, shape: Tuple[int, int]) -> _Bytes: ...
 def emboss(
