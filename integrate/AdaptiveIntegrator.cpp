@@ -177,6 +177,7 @@ void AdaptiveIntegrator::init(const Vec2f& p, const Vec2f& v) {
     stepTry = initialStep;
     status = 0;
     fallback = 0;
+    heading = v;
 }
 
 void AdaptiveIntegrator::init(const Vec2f& p, const Vec2f& v, float magnitude) {

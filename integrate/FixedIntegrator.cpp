@@ -9,6 +9,7 @@ void FixedIntegrator::init(const Vec2f& p, const Vec2f& v) {
     deriv.x = direction * v.x;
     deriv.y = direction * v.y;
     status = 0;
+    heading = v;
 }
 
 void FixedIntegrator::init(const Vec2f& p, const Vec2f& v, float magnitude) {

@@ -18,23 +18,33 @@ namespace velk {
 // Failure codes carried by the non-local exit out of an adaptive step.
 enum StepFailure { kLeftDomain = 1, kCriticalPoint = 2, kStepTooSmall = 3 };
 
+// The bilinear blend of the field vectors at the four nodes of a cell (b the x
+// neighbour, c the row neighbour); the order of the terms is part of every line.
+VELK_ALWAYS_INLINE void blendField(const Vec2f& a, const Vec2f& b, const Vec2f& c, const Vec2f& e,
+                                   float fx, float fy, float& vx, float& vy) {
+    const float fxy = fx * fy;
+    vx = ((b.x - a.x) * fx + a.x) + (c.x - a.x) * fy + ((a.x - c.x - b.x) + e.x) * fxy;
+    vy = ((b.y - a.y) * fx + a.y) + (c.y - a.y) * fy + ((a.y - c.y - b.y) + e.y) * fxy;
+}
+
+// interpolateField for an integrator with domain bits: periodic axes wrap, and
+// an orientation field is turned to agree with the heading, which it updates.
+bool interpolateDomain(VelkIntegrator& it, float px, float py, float& vx, float& vy);
+
 // Bilinear field vector at (px, py); false when the point is outside the domain
 // (a NaN coordinate included). setField keeps xMax below fieldWidth - 1, so the
 // right and upper neighbours always exist.
-VELK_ALWAYS_INLINE bool interpolateField(const VelkIntegrator& it, float px, float py, float& vx,
+VELK_ALWAYS_INLINE bool interpolateField(VelkIntegrator& it, float px, float py, float& vx,
                                          float& vy) {
+    if (__builtin_expect(it.domain != 0, 0)) return interpolateDomain(it, px, py, vx, vy);
     if (!(px >= 0.0f && px <= it.xMax && py >= 0.0f && py <= it.yMax)) return false;
     const int i = static_cast<int>(px);
     const int j = static_cast<int>(py);
     const float fx = px - static_cast<float>(i);
     const float fy = py - static_cast<float>(j);
     const Vec2f* a = it.field + (static_cast<std::ptrdiff_t>(j) * it.fieldWidth + i);
-    const Vec2f* b = a + 1;
     const Vec2f* c = a + it.fieldWidth;
-    const Vec2f* e = c + 1;
-    const float fxy = fx * fy;
-    vx = ((b->x - a->x) * fx + a->x) + (c->x - a->x) * fy + ((a->x - c->x - b->x) + e->x) * fxy;
-    vy = ((b->y - a->y) * fx + a->y) + (c->y - a->y) * fy + ((a->y - c->y - b->y) + e->y) * fxy;
+    blendField(a[0], a[1], c[0], c[1], fx, fy, vx, vy);
     return true;
 }
 

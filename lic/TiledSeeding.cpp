@@ -109,7 +109,8 @@ bool TiledSeeding::startWorker(Worker& worker, bool ownIntegrators) {
     t.points =
         static_cast<VelkCompute::LinePoint*>(std::malloc(records * sizeof(VelkCompute::LinePoint)));
     t.samples = static_cast<int*>(std::malloc(records * channels * sizeof(int)));
-    t.sums = static_cast<std::int64_t*>(std::malloc(records * channels * sizeof(std::int64_t)));
+    t.sums =
+        static_cast<std::int64_t*>(std::malloc(records * (channels + 1) * sizeof(std::int64_t)));
     return t.positions && t.points && t.samples && t.sums;
 }
 
@@ -188,15 +189,15 @@ void TiledSeeding::work(Worker& worker) {
 
 // Every thread has finished the phase: nothing else adds meanwhile.
 void TiledSeeding::addDeferred() {
-    const int entry = 2 + engine.nChannels;
+    const int values = engine.cellStride - engine.numSubCells;
+    const int entry = 2 + values;
     for (std::size_t k = 0; k < running; k++) {
         DeferredAdds& d = workers[k]->deferred;
         for (std::size_t i = 0; i + entry <= d.size; i += entry) {
             const int* e = d.data + i;
             int* cell = engine.accum + static_cast<std::ptrdiff_t>(e[0]) * engine.cellStride;
             cell[e[1]]++;
-            for (int ch = 0; ch < engine.nChannels; ch++)
-                cell[engine.numSubCells + ch] += e[2 + ch];
+            for (int v = 0; v < values; v++) cell[engine.numSubCells + v] += e[2 + v];
         }
         d.size = 0;
     }

@@ -11,6 +11,7 @@
 #include <velk/report.h>
 #include "TiledSeeding.h"
 #include "celllayout.h"
+#include "forceinline.h"
 
 namespace {
 
@@ -30,37 +31,76 @@ int stepCount(double v) {
     return static_cast<int>(v);
 }
 
-// Each output pixel becomes its channel sums divided by its hits (0 without
-// hits); returns the hits of all pixels. The cells are visited in memory
-// order, tile by tile. kSubCells and kChannels are the counts when known at
-// compile time, 0 otherwise.
-template <int kSubCells, int kChannels>
-long long normalize(const int* accum, unsigned char* out, const velk::CellLayout<float, int>& cells,
-                    int subCells, int channels) {
-    const int nSub = kSubCells != 0 ? kSubCells : subCells;
-    const int nch = kChannels != 0 ? kChannels : channels;
-    const int stride = nSub + nch;
+// Calls visit(cell, pixel) for every output pixel's cell, in memory order:
+// tile by tile, row by row within a tile.
+template <class Visit>
+void visitCells(const int* accum, int stride, const velk::CellLayout<float, int>& cells,
+                Visit visit) {
     const int tile = cells.tileSize, width = cells.width, height = cells.height;
     const int* cell = accum;
-    long long total = 0;
     for (int y0 = 0; y0 < height; y0 += tile) {
         const int rows = height - y0 < tile ? height - y0 : tile;
         for (int x0 = 0; x0 < width; x0 += tile) {
             const int columns = width - x0 < tile ? width - x0 : tile;
             for (int y = y0; y < y0 + rows; y++) {
-                unsigned char* o = out + (static_cast<std::size_t>(y) * width + x0) * nch;
-                for (int x = 0; x < columns; x++, cell += stride, o += nch) {
-                    int hits = 0;
-                    for (int s = 0; s < nSub; s++) hits += cell[s];
-                    total += hits;
-                    for (int ch = 0; ch < nch; ch++) {
-                        o[ch] = static_cast<unsigned char>(hits != 0 ? cell[nSub + ch] / hits : 0);
-                    }
-                }
+                const std::size_t row = static_cast<std::size_t>(y) * width + x0;
+                for (int x = 0; x < columns; x++, cell += stride) visit(cell, row + x);
             }
         }
     }
+}
+
+template <int kSubCells>
+VELK_ALWAYS_INLINE int hitsOf(const int* cell, int subCells) {
+    const int nSub = kSubCells != 0 ? kSubCells : subCells;
+    int hits = 0;
+    for (int s = 0; s < nSub; s++) hits += cell[s];
+    return hits;
+}
+
+// Each output pixel becomes its channel sums divided by its hits (0 without
+// hits); returns the hits of all pixels. kSubCells and kChannels are the
+// counts when known at compile time, 0 otherwise.
+template <int kSubCells, int kChannels>
+long long normalize(const int* accum, unsigned char* out, const velk::CellLayout<float, int>& cells,
+                    int subCells, int channels) {
+    const int nSub = kSubCells != 0 ? kSubCells : subCells;
+    const int nch = kChannels != 0 ? kChannels : channels;
+    long long total = 0;
+    visitCells(accum, nSub + nch, cells, [&](const int* cell, std::size_t pixel) {
+        const int hits = hitsOf<kSubCells>(cell, nSub);
+        total += hits;
+        unsigned char* o = out + pixel * nch;
+        for (int ch = 0; ch < nch; ch++) {
+            o[ch] = static_cast<unsigned char>(hits != 0 ? cell[nSub + ch] / hits : 0);
+        }
+    });
     return total;
+}
+
+// normalize for a computation with no-data handling: the weight shares behind
+// the channel sums become `weight`, and pixels without hits get `fill`.
+long long normalizeEnding(const int* accum, unsigned char* out, unsigned char* weight,
+                          const velk::CellLayout<float, int>& cells, int subCells, int channels,
+                          int fill) {
+    long long total = 0;
+    visitCells(accum, subCells + channels + 1, cells, [&](const int* cell, std::size_t pixel) {
+        const int hits = hitsOf<0>(cell, subCells);
+        total += hits;
+        unsigned char* o = out + pixel * channels;
+        const int* sums = cell + subCells;
+        for (int ch = 0; ch < channels; ch++) {
+            o[ch] = static_cast<unsigned char>(hits != 0 ? sums[ch] / hits : fill);
+        }
+        weight[pixel] = static_cast<unsigned char>(hits != 0 ? sums[channels] / hits : 0);
+    });
+    return total;
+}
+
+// A no-data mask the engine can read node by node.
+bool maskFits(const VelkImage* mask, const VelkVectorField* field) {
+    return mask && mask->width == field->width && mask->height == field->height &&
+           mask->nChannels == 1 && mask->data != nullptr;
 }
 
 }  // namespace
@@ -107,11 +147,18 @@ VelkCompute::VelkCompute()
       threads(0),
       cellShift(velk::kRowOrderShift),
       tileLog(nullptr),
-      positions(nullptr) {}
+      positions(nullptr),
+      domain(0),
+      noData(false),
+      noDataFill(0),
+      noDataMask(nullptr),
+      weight(new VelkImage()),
+      dataField(nullptr) {}
 
 VelkCompute::~VelkCompute() {
     delete forward;
     delete backward;
+    delete weight;
     // Only left over when a host called start() without stop().
     releaseBuffers();
 }
@@ -137,6 +184,45 @@ void VelkCompute::setThreads(int n) {
 }
 int VelkCompute::getThreads() const {
     return threads;
+}
+
+void VelkCompute::setOrientation(bool on) {
+    domain = on ? domain | VelkIntegrator::ORIENTATION : domain & ~VelkIntegrator::ORIENTATION;
+}
+bool VelkCompute::getOrientation() const {
+    return domain & VelkIntegrator::ORIENTATION;
+}
+
+void VelkCompute::setPeriodic(bool x, bool y) {
+    domain = (domain & VelkIntegrator::ORIENTATION) | (x ? VelkIntegrator::PERIODIC_X : 0) |
+             (y ? VelkIntegrator::PERIODIC_Y : 0);
+}
+bool VelkCompute::getPeriodicX() const {
+    return domain & VelkIntegrator::PERIODIC_X;
+}
+bool VelkCompute::getPeriodicY() const {
+    return domain & VelkIntegrator::PERIODIC_Y;
+}
+
+int VelkCompute::setNoData(bool on, int fill) {
+    if (fill < 0 || fill > 255) {
+        return velk_error("the no-data fill value %d is outside 0 .. 255", fill);
+    }
+    noData = on;
+    noDataFill = fill;
+    return 1;
+}
+bool VelkCompute::getNoData() const {
+    return noData;
+}
+int VelkCompute::getNoDataFill() const {
+    return noDataFill;
+}
+void VelkCompute::setNoDataMask(VelkImage* mask) {
+    noDataMask = mask;
+}
+const VelkImage& VelkCompute::getWeight() const {
+    return *weight;
 }
 
 void VelkCompute::setNormalization(float value) {
@@ -179,15 +265,17 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     const int fieldHeight = field->height;
     xMax = static_cast<float>(fieldWidth) - 1.001f;
     yMax = static_cast<float>(fieldHeight) - 1.001f;
-    xScale = static_cast<float>(width) / static_cast<float>(fieldWidth - 1);
-    yScale = static_cast<float>(height) / static_cast<float>(fieldHeight - 1);
+    // A periodic axis's image spans the period of all its nodes.
+    const int cellsX = getPeriodicX() ? fieldWidth : fieldWidth - 1;
+    const int cellsY = getPeriodicY() ? fieldHeight : fieldHeight - 1;
+    xScale = static_cast<float>(width) / static_cast<float>(cellsX);
+    yScale = static_cast<float>(height) / static_cast<float>(cellsY);
 
     const float step = 2 * stepSize / (xScale + yScale);
-    Vec2f* nodes = reinterpret_cast<Vec2f*>(field->data);
     forward->stepSize = step;
     backward->stepSize = step;
-    forward->setField(fieldWidth, fieldHeight, nodes);
-    backward->setField(fieldWidth, fieldHeight, nodes);
+    forward->domain = domain;
+    backward->domain = domain;
 
     nFilter = stepCount(static_cast<double>(filterLength) / static_cast<double>(stepSize) + 0.5);
     if (filterKernel == CUBIC && nFilter % 6 != 0) nFilter += 6 - nFilter % 6;
@@ -210,7 +298,7 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
                          (2LL * nTotal + 1) * nChannels <= INT_MAX &&
                          (input->data != nullptr || pixels == 0);
     numSubCells = sizesOk ? numSubPixels * numSubPixels : 0;
-    cellStride = sizesOk ? numSubCells + nChannels : 0;
+    cellStride = sizesOk ? numSubCells + nChannels + (noData ? 1 : 0) : 0;
     if (sizesOk) {
         const std::size_t records = 2 * static_cast<std::size_t>(nTotal) + 1;
         const std::size_t cells = static_cast<std::size_t>(width) * height + 1;
@@ -218,10 +306,16 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
         points = static_cast<LinePoint*>(std::malloc(records * sizeof(LinePoint)));
         accum = static_cast<int*>(std::calloc(cells, cellStride * sizeof(int)));
         samples = static_cast<int*>(std::malloc(records * channels * sizeof(int)));
-        sums = static_cast<std::int64_t*>(std::malloc(records * channels * sizeof(std::int64_t)));
+        sums = static_cast<std::int64_t*>(
+            std::malloc(records * (channels + 1) * sizeof(std::int64_t)));
         positions = static_cast<Vec2f*>(std::malloc(records * sizeof(Vec2f)));
-        if (!points || !accum || !samples || !sums || !positions) releaseBuffers();
+        if (!points || !accum || !samples || !sums || !positions || !prepareDataField()) {
+            releaseBuffers();
+        }
     }
+    Vec2f* nodes = dataField ? dataField : reinterpret_cast<Vec2f*>(field->data);
+    forward->setField(fieldWidth, fieldHeight, nodes);
+    backward->setField(fieldWidth, fieldHeight, nodes);
 
     totalHits = 0;
     numFieldLines = 0;
@@ -233,7 +327,33 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     }
 }
 
+// With no-data handling, the field with NaN wherever it has no data, which
+// ends every line that meets it; false without memory for it.
+bool VelkCompute::prepareDataField() {
+    if (!noData) return true;
+    const int w = field->width, h = field->height;
+    const std::size_t nodes = static_cast<std::size_t>(w) * h;
+    dataField = static_cast<Vec2f*>(std::malloc((nodes > 0 ? nodes : 1) * sizeof(Vec2f)));
+    if (!dataField) return false;
+    const Vec2f* from = reinterpret_cast<const Vec2f*>(field->data);
+    const VelkImage* mask = maskFits(noDataMask, field) ? noDataMask : nullptr;
+    const float nan = std::nanf("");
+    for (int y = 0; y < h; y++) {
+        for (int x = 0; x < w; x++) {
+            const std::size_t k = static_cast<std::size_t>(y) * w + x;
+            const Vec2f v = from[k];
+            const bool masked =
+                mask && mask->data[static_cast<std::size_t>(y) * mask->bytesPerLine + x] != 0;
+            dataField[k] =
+                masked || !std::isfinite(v.x) || !std::isfinite(v.y) ? Vec2f{nan, nan} : v;
+        }
+    }
+    return true;
+}
+
 void VelkCompute::releaseBuffers() {
+    std::free(dataField);
+    dataField = nullptr;
     std::free(points);
     std::free(accum);
     std::free(samples);
@@ -262,6 +382,11 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
     if (mask && (mask->width != field->width || mask->height != field->height)) {
         velk_info("field and mask must have the same size");
         return 0;
+    }
+    weight->setSize(0, 0, 1);
+    if (noData && noDataMask && !maskFits(noDataMask, field)) {
+        return velk_error("the no-data mask must be one channel of the field's size, %dx%d",
+                          field->width, field->height);
     }
     start(field, input);
     if (!points) {
@@ -304,10 +429,16 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
 
     output->setSize(width, height, nChannels);
     const velk::CellLayout<float, int> cells = velk::cellLayout(cellShift, width, height);
-    const long long total =
-        numSubCells == 1 && nChannels == 1
-            ? normalize<1, 1>(accum, output->data, cells, 1, 1)
-            : normalize<0, 0>(accum, output->data, cells, numSubCells, nChannels);
+    long long total;
+    if (noData) {
+        weight->setSize(width, height, 1);
+        total = normalizeEnding(accum, output->data, weight->data, cells, numSubCells, nChannels,
+                                noDataFill);
+    } else if (numSubCells == 1 && nChannels == 1) {
+        total = normalize<1, 1>(accum, output->data, cells, 1, 1);
+    } else {
+        total = normalize<0, 0>(accum, output->data, cells, numSubCells, nChannels);
+    }
     totalHits = total > INT_MAX ? INT_MAX : static_cast<int>(total);
     stop();
     return 1;

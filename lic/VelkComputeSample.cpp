@@ -6,6 +6,7 @@
 #include <velk/VelkIntegrator.h>
 #include <velk/VelkVectorField.h>
 #include "bilinear.h"
+#include "domainline.h"
 #include "linesums.h"
 #include "linetools.h"
 #include "linetrace.h"
@@ -14,18 +15,6 @@
 
 using velk::lookup;
 using velk::textureOf;
-
-namespace {
-
-velk::LookupKind lookupKind(VelkCompute::PixelLookup getPixel) {
-    if (getPixel == VelkCompute::getPixelBilinear1) return velk::kLookupBilinear1;
-    if (getPixel == VelkCompute::getPixelConst1) return velk::kLookupConst1;
-    if (getPixel == VelkCompute::getPixelBilinearN) return velk::kLookupBilinearN;
-    if (getPixel == VelkCompute::getPixelConstN) return velk::kLookupConstN;
-    return velk::kLookupPointer;
-}
-
-}  // namespace
 
 void VelkCompute::getPixelConst1(VelkImage* image, float x, float y, int* out) {
     lookup<false, 1>(textureOf(image), x, y, out);
@@ -58,6 +47,7 @@ bool velk::sampleLine(const VelkCompute& e, int cellShift, LineTools& tools, con
         e.input->nChannels != e.nChannels) {
         return false;
     }
+    if (needsDomainLine(e)) return sampleDomainLine(e, cellShift, tools, seed, zone, deferred);
     const VelkVectorField* field = e.field;
     const int W = field->width;
     const int H = field->height;
@@ -101,7 +91,7 @@ bool velk::sampleLine(const VelkCompute& e, int cellShift, LineTools& tools, con
 
     // The records are filled after the tracing: the loop keeps the engine's
     // scales in registers instead of reloading them around every call.
-    const LookupKind kind = lookupKind(e.getPixel);
+    const LookupKind kind = lookupKindOf(e.getPixel);
     const Texture texture = textureOf(e.input);
     const RecordFill fill = {{e.xScale, e.yScale, e.xMax, e.yMax, texture.periodX, texture.periodY,
                               cellLayout(cellShift, e.width, e.height)},

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "forceinline.h"
+
 namespace velk {
 namespace {
 
@@ -35,10 +37,54 @@ inline Sum kernelNumerator(const Sum* back, const Sum* centre, const Sum* ahead,
     return *ahead - *back + 3 * (back[mOffset] - ahead[-mOffset]);
 }
 
-// Running sums of T along a line, anchored at the centre (S[c] = 0),
-// integrated once (box), twice (triangle) or three times (cubic); then the
-// kernel outputs of every output record, accumulated into its cell. kChannels
-// 0 means the channel count is only known at run time.
+// Running sums of value(i) over records lo .. hi into S[i * stride],
+// anchored at the centre (S[c] = 0), integrated once (box), twice (triangle)
+// or three times (cubic). S may overwrite the values in place: each value is
+// read before its sum is written.
+template <int kKernel, class Sum, class Value>
+VELK_ALWAYS_INLINE void runningSums(Value value, Sum* S, int stride, int c, int lo, int hi) {
+    // Backwards first: in place, value(i + 1) is read before S[i + 1] replaces it.
+    Sum s1 = 0, s2 = 0, s3 = 0;
+    Sum next = value(c);
+    for (int i = c - 1; i >= lo; i--) {
+        const Sum t = value(i);
+        s3 -= s2;
+        s2 -= s1;
+        s1 -= next;
+        next = t;
+        S[i * stride] = kKernel == 0 ? s1 : kKernel == 1 ? s2 : s3;
+    }
+    s1 = s2 = s3 = 0;
+    S[c * stride] = 0;
+    for (int i = c + 1; i <= hi; i++) {
+        s1 += value(i);
+        s2 += s1;
+        s3 += s2;
+        S[i * stride] = kKernel == 0 ? s1 : kKernel == 1 ? s2 : s3;
+    }
+}
+
+// Counts a hit of an output point and returns where its `values` sums go: its
+// cell, or with a zone that does not contain it a deferred entry; null when
+// the entry cannot be had.
+template <bool kZoned>
+VELK_ALWAYS_INLINE int* outputSums(const LineSums& line, const VelkCompute::LinePoint& point,
+                                   int values) {
+    if (!kZoned || line.zone->contains(point.pixel)) {
+        int* cell = line.accum + static_cast<std::ptrdiff_t>(point.pixel) * line.cellStride;
+        cell[point.subPixel]++;
+        return cell + line.numSubCells;
+    }
+    int* entry = line.deferred->append(2 + static_cast<std::size_t>(values));
+    if (!entry) return nullptr;
+    entry[0] = point.pixel;
+    entry[1] = point.subPixel;
+    return entry + 2;
+}
+
+// The running sums of T along a line, then the kernel outputs of every output
+// record, accumulated into its cell. kChannels 0 means the channel count is
+// only known at run time.
 //
 // Wide: 64-bit sums in S and 64-bit division, for any values and lengths.
 // Narrow: the sums modulo 2^32 overwrite T, and the quotients come from the
@@ -54,42 +100,14 @@ void convolve(const LineSums& line, std::int64_t divisor, const Reciprocal& reci
     const int* T = line.T;
     Sum* S = kNarrow ? reinterpret_cast<Sum*>(line.T) : reinterpret_cast<Sum*>(line.S);
     for (int ch = 0; ch < nch; ch++) {
-        // Backwards first: in place, T[i + 1] is read before S[i + 1] replaces it.
-        Sum s1 = 0, s2 = 0, s3 = 0;
-        Sum next = static_cast<Sum>(T[c * nch + ch]);
-        for (int i = c - 1; i >= lo; i--) {
-            const Sum t = static_cast<Sum>(T[i * nch + ch]);
-            s3 -= s2;
-            s2 -= s1;
-            s1 -= next;
-            next = t;
-            S[i * nch + ch] = kKernel == 0 ? s1 : kKernel == 1 ? s2 : s3;
-        }
-        s1 = s2 = s3 = 0;
-        S[c * nch + ch] = 0;
-        for (int i = c + 1; i <= hi; i++) {
-            s1 += static_cast<Sum>(T[i * nch + ch]);
-            s2 += s1;
-            s3 += s2;
-            S[i * nch + ch] = kKernel == 0 ? s1 : kKernel == 1 ? s2 : s3;
-        }
+        runningSums<kKernel>([T, nch, ch](int i) { return static_cast<Sum>(T[i * nch + ch]); },
+                             S + ch, nch, c, lo, hi);
     }
 
     const int mOffset = 2 * n / 3 * nch;
     for (int i = lo + n; i <= hi - n; i++) {
-        const VelkCompute::LinePoint& point = line.points[i];
-        int* channelSums;
-        if (!kZoned || line.zone->contains(point.pixel)) {
-            int* cell = line.accum + static_cast<std::ptrdiff_t>(point.pixel) * line.cellStride;
-            cell[point.subPixel]++;
-            channelSums = cell + line.numSubCells;
-        } else {
-            int* entry = line.deferred->append(2 + nch);
-            if (!entry) continue;
-            entry[0] = point.pixel;
-            entry[1] = point.subPixel;
-            channelSums = entry + 2;
-        }
+        int* channelSums = outputSums<kZoned>(line, line.points[i], nch);
+        if (!channelSums) continue;
         const Sum* back = S + (i - n) * nch;
         const Sum* centre = S + i * nch;
         const Sum* ahead = S + (i + n) * nch;
@@ -102,6 +120,48 @@ void convolve(const LineSums& line, std::int64_t divisor, const Reciprocal& reci
                 channelSums[ch] += static_cast<int>(numerator / divisor);
             }
         }
+    }
+}
+
+// The convolution of a line that ends: records outside first .. last count
+// as absent, and each output is divided by the kernel weight it received
+// (its running sums over the line's indicator, in `received`); the weight's
+// share of the divisor, scaled to 1 .. 255, is added behind the channels.
+template <int kKernel, bool kZoned>
+void convolveEnding(const LineSums& line, std::int64_t divisor, int first, int last,
+                    std::int64_t* received) {
+    const int nch = line.channels;
+    const int c = line.c, lo = line.lo, hi = line.hi, n = line.n;
+    const int* T = line.T;
+    std::int64_t* S = line.S;
+    for (int ch = 0; ch < nch; ch++) {
+        runningSums<kKernel>(
+            [T, nch, ch, first, last](int i) {
+                return i >= first && i <= last ? std::int64_t{T[i * nch + ch]} : 0;
+            },
+            S + ch, nch, c, lo, hi);
+    }
+    runningSums<kKernel>([first, last](int i) { return std::int64_t{i >= first && i <= last}; },
+                         received, 1, c, lo, hi);
+
+    const int m = 2 * n / 3;
+    const int from = lo + n > first ? lo + n : first;
+    const int to = hi - n < last ? hi - n : last;
+    for (int i = from; i <= to; i++) {
+        const std::int64_t weight =
+            kernelNumerator<kKernel>(received + i - n, received + i, received + i + n, m);
+        if (weight <= 0) continue;
+        int* sums = outputSums<kZoned>(line, line.points[i], nch + 1);
+        if (!sums) continue;
+        const std::int64_t* back = S + (i - n) * nch;
+        const std::int64_t* centre = S + i * nch;
+        const std::int64_t* ahead = S + (i + n) * nch;
+        for (int ch = 0; ch < nch; ch++) {
+            sums[ch] += static_cast<int>(
+                kernelNumerator<kKernel>(back + ch, centre + ch, ahead + ch, m * nch) / weight);
+        }
+        const std::int64_t share = weight * 255 / divisor;
+        sums[nch] += share > 0 ? static_cast<int>(share) : 1;
     }
 }
 
@@ -136,28 +196,50 @@ void convolveKernel(const LineSums& line, std::int64_t divisor, bool bytes) {
     }
 }
 
-}  // namespace
+template <int kKernel>
+void convolveEndingZoned(const LineSums& line, std::int64_t divisor, int first, int last,
+                         std::int64_t* received) {
+    if (line.zone) {
+        convolveEnding<kKernel, true>(line, divisor, first, last, received);
+    } else {
+        convolveEnding<kKernel, false>(line, divisor, first, last, received);
+    }
+}
 
-void convolveLine(const LineSums& line, int kernel, bool bytes) {
-    const std::int64_t n = line.n;
+// The divisor of a kernel of half-length n: the sum of its weights. The cubic
+// kernel's is m cubed, 8 n^3 / 27 (0 only if the kernel changed after start());
+// only for n a multiple of 3 are its weights those of the cubic bell, summing
+// to it.
+std::int64_t divisorOf(int kernel, std::int64_t n) {
     switch (kernel) {
         case 0:
-            convolveKernel<0>(line, 2 * n, bytes);
-            break;
+            return 2 * n;
         case 1:
-            convolveKernel<1>(line, n * n, bytes);
-            break;
-        case 2: {
-            // m cubed, as 8 n^3 / 27; 0 only if the kernel changed after start().
-            // Only for n a multiple of 3 are the weights those of the cubic
-            // bell, summing to the divisor.
-            const std::int64_t divisor = 8 * n * n * n / 27;
-            if (divisor > 0) convolveKernel<2>(line, divisor, bytes && n % 3 == 0);
-            break;
-        }
+            return n * n;
+        case 2:
+            return 8 * n * n * n / 27;
         default:
-            break;
+            return 0;
     }
+}
+
+}  // namespace
+
+void convolveEndingLine(const LineSums& line, int kernel, int first, int last,
+                        std::int64_t* received) {
+    const std::int64_t divisor = divisorOf(kernel, line.n);
+    if (divisor <= 0) return;
+    if (kernel == 0) convolveEndingZoned<0>(line, divisor, first, last, received);
+    if (kernel == 1) convolveEndingZoned<1>(line, divisor, first, last, received);
+    if (kernel == 2) convolveEndingZoned<2>(line, divisor, first, last, received);
+}
+
+void convolveLine(const LineSums& line, int kernel, bool bytes) {
+    const std::int64_t divisor = divisorOf(kernel, line.n);
+    if (divisor <= 0) return;
+    if (kernel == 0) convolveKernel<0>(line, divisor, bytes);
+    if (kernel == 1) convolveKernel<1>(line, divisor, bytes);
+    if (kernel == 2) convolveKernel<2>(line, divisor, bytes && line.n % 3 == 0);
 }
 
 }  // namespace velk

@@ -29,6 +29,14 @@ struct LineSums {
 // sums.
 void convolveLine(const LineSums& line, int kernel, bool bytes);
 
+// As convolveLine for a line that ends: only records first .. last (around
+// the centre) exist, each output is divided by the kernel weight it received,
+// and one more value per output, the received share of the full weight scaled
+// to 1 .. 255, is added behind its channel sums. `received` holds hi + 1
+// running sums of the weights. Takes any texture values.
+void convolveEndingLine(const LineSums& line, int kernel, int first, int last,
+                        std::int64_t* received);
+
 }  // namespace velk
 
 #endif

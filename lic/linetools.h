@@ -13,7 +13,8 @@ struct CellZone;
 struct DeferredAdds;
 
 // What one thread samples lines with: two integrators and line buffers of
-// 2 * nTotal + 1 records, and the records of its last line.
+// 2 * nTotal + 1 records (sums: nChannels + 1 per record), and the records
+// of its last line.
 struct LineTools {
     VelkIntegrator* forward;
     VelkIntegrator* backward;

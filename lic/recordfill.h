@@ -20,6 +20,14 @@ enum LookupKind {
     kLookupConstN
 };
 
+inline LookupKind lookupKindOf(VelkCompute::PixelLookup getPixel) {
+    if (getPixel == VelkCompute::getPixelBilinear1) return kLookupBilinear1;
+    if (getPixel == VelkCompute::getPixelConst1) return kLookupConst1;
+    if (getPixel == VelkCompute::getPixelBilinearN) return kLookupBilinearN;
+    if (getPixel == VelkCompute::getPixelConstN) return kLookupConstN;
+    return kLookupPointer;
+}
+
 // What filling a record needs from the engine, kept in registers over a line.
 struct RecordFill {
     PointGeometry<float, int> geometry;

@@ -71,11 +71,12 @@ class VELK_EXPORT VelkCompute {
     VelkImage* input;        // borrowed during compute()
     VelkIntegrator* forward;
     VelkIntegrator* backward;
-    // Per output pixel numSubCells hit counters, then nChannels sums. One spare
+    // Per output pixel numSubCells hit counters, then nChannels sums (and with
+    // no-data handling the sum of the weight shares). One spare
     // cell behind the last pixel takes the points that lie outside the image.
     int* accum;
     int* samples;           // texture values of a line, nChannels per record
-    std::int64_t* sums;     // wide running sums of a line, where 32 bits would not do
+    std::int64_t* sums;     // wide running sums of a line (nChannels + 1 per record)
     LinePoint* points;      // 2 * nTotal + 1 records; the seed is record nTotal
     int zaehlrohr[256][2];  // histogram for evalZaehlrohr, filled by the host
     PixelLookup getPixel;
@@ -104,6 +105,38 @@ class VELK_EXPORT VelkCompute {
     int getThreads() const;
     // Also written into both current integrators at once.
     void setNormalization(float normalization);
+
+    // The field as an orientation field: its vectors give directions only up
+    // to sign (v and -v mean the same), and lines follow them without turning
+    // back, whatever the integrator. Off by default.
+    void setOrientation(bool on);
+    bool getOrientation() const;
+    // Periodic axes: a line leaving one edge goes on from the opposite one.
+    // The nodes of a periodic axis are one period (node W is node 0 again, as
+    // numpy.roll has it), and the image spans exactly that period. Off by
+    // default: lines leaving the field go on straight.
+    void setPeriodic(bool x, bool y);
+    bool getPeriodicX() const;
+    bool getPeriodicY() const;
+    // No-data handling, off by default. On, the field has no data at nodes
+    // with a NaN or infinite component and at the non-zero nodes of the
+    // no-data mask; lines end where they meet such a node, at stagnation
+    // points and at the edges of a closed axis, and each value is divided by
+    // the kernel weight it received rather than the full weight, so pictures
+    // do not darken towards edges and holes. Pixels that no line reaches get
+    // `fill` in every channel. Returns 0, changing nothing, for a fill outside
+    // 0 .. 255 (reported with velk_error).
+    int setNoData(bool on, int fill = 0);
+    bool getNoData() const;
+    int getNoDataFill() const;
+    // Borrowed until the next compute(): one channel of the field's size,
+    // non-zero where the field has no data; null for none. compute() fails
+    // with a message for a mask of another size or channel count.
+    void setNoDataMask(VelkImage* mask);
+    // After a compute() with no-data handling: per pixel the mean share of the
+    // full kernel weight its values received, scaled to 1 .. 255, and 0 where
+    // no line came. Empty (0 x 0) after any other compute().
+    const VelkImage& getWeight() const;
 
     // Replaces the integrators by two Midpoint integrators (the fixed-step choice).
     void useEuler();
@@ -144,6 +177,12 @@ class VELK_EXPORT VelkCompute {
     int cellShift;           // accum tile by tile (tiles of 2^cellShift pixels), or row order
     velk::TileLog* tileLog;  // where the tiled seeding records its work (measurements)
     Vec2f* positions;        // the traced points of a line, one per record
+    int domain;              // VelkIntegrator::Domain bits handed to the integrators
+    bool noData;             // as set by setNoData
+    int noDataFill;
+    VelkImage* noDataMask;  // borrowed, see setNoDataMask
+    VelkImage* weight;      // the coverage of the last computation
+    Vec2f* dataField;       // with no-data handling, the field with NaN wherever it has no data
     void seedScan(VelkImage* mask, VelkImage* seedMap);
     void seedOffset(VelkImage* mask, VelkImage* seedMap);
     void seedSobol(VelkImage* mask, VelkImage* seedMap);
@@ -152,6 +191,7 @@ class VELK_EXPORT VelkCompute {
     void markSeed(const Vec2f& seed, int x, int y, VelkImage* mask, VelkImage* seedMap) const;
     void replaceIntegrators(VelkIntegrator* forward, VelkIntegrator* backward);
     void releaseBuffers();
+    bool prepareDataField();
 };
 
 #endif

@@ -13,6 +13,12 @@
 // stepSize, then per line init followed by repeated next.
 class VELK_EXPORT VelkIntegrator {
   public:
+    // Bits of `domain`. ORIENTATION: the field gives directions only up to
+    // sign, so every sampled vector (and, before blending, each of its four
+    // corners) is turned to agree with `heading`. PERIODIC_X, PERIODIC_Y: the
+    // nodes of the axis are one period, node fieldWidth being node 0 again.
+    enum Domain : int { ORIENTATION = 1, PERIODIC_X = 2, PERIODIC_Y = 4 };
+
     float stepSize;   // spacing of the returned points, in grid units
     int status;       // 0 valid, 1 left the domain, 2 critical point
     float direction;  // +1 along the field, -1 against it
@@ -23,6 +29,8 @@ class VELK_EXPORT VelkIntegrator {
     Vec2f* field;         // borrowed for the duration of a computation
     float magnitude;      // raw field length at the most recent evaluation
     float normalization;  // speed threshold of the derivative normalisation
+    int domain;           // Domain bits, 0 by default
+    Vec2f heading;        // the latest sampled field direction; init() sets it to v
 
     VelkIntegrator();
     virtual ~VelkIntegrator();
