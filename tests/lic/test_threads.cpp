@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 #include <velk/velk.h>
@@ -22,6 +23,7 @@ struct ThreadCase {
     int tileShift;      // tiles of 2^tileShift pixels, partial at the edges
     int kernel, subPixels, channels, seeding, interpolation;
     bool euler, saddle, withMask, hostIntegrators;
+    int domain;  // VelkIntegrator::Domain bits, and 8 for no-data handling over a hole
 };
 
 struct Result {
@@ -35,6 +37,10 @@ Result computeWith(const ThreadCase& c, int threads, int tileShift) {
         field.setSaddle();
     } else {
         field.setCircle(0.3f);
+    }
+    if (c.domain & 8) {
+        for (int k = 400; k < 600 && k < field.width * field.height; k += 2)
+            field.data[2 * k] = NAN;
     }
     VelkImage texture(c.width, c.height, c.channels);
     texture.createRandom(0, 7);
@@ -51,6 +57,10 @@ Result computeWith(const ThreadCase& c, int threads, int tileShift) {
         engine.backward = new HostRK43(0.001f, 4.0f, 0.5f, 15.0f, -1);
     }
     engine.setThreads(threads);
+    engine.setOrientation(c.domain & VelkIntegrator::ORIENTATION);
+    engine.setPeriodic(c.domain & VelkIntegrator::PERIODIC_X,
+                       c.domain & VelkIntegrator::PERIODIC_Y);
+    engine.setNoData(c.domain & 8, 9);
     velk::TileLog log;
     log.tileShift = tileShift;
     velk::TiledSeeding::record(engine, &log);
@@ -64,14 +74,17 @@ Result computeWith(const ThreadCase& c, int threads, int tileShift) {
 }
 
 const ThreadCase kCases[] = {
-    {300, 200, 4, 1, 1, 1, 1, 1, false, false, false, false},
-    {200, 150, 5, 0, 2, 3, 0, 0, true, true, true, false},
-    {257, 130, 4, 2, 1, 1, 2, 1, false, true, false, false},
-    {120, 100, 4, 1, 3, 3, 2, 0, true, false, true, false},
-    {130, 129, 3, 2, 2, 1, 0, 1, false, false, false, false},
-    {50, 40, 2, 1, 1, 1, 1, 1, false, true, true, false},
-    {150, 100, 4, 1, 1, 1, 1, 1, false, false, false, true},
-    {330, 260, 6, 1, 1, 1, 1, 1, false, false, false, false},
+    {300, 200, 4, 1, 1, 1, 1, 1, false, false, false, false, 0},
+    {200, 150, 5, 0, 2, 3, 0, 0, true, true, true, false, 0},
+    {257, 130, 4, 2, 1, 1, 2, 1, false, true, false, false, 0},
+    {120, 100, 4, 1, 3, 3, 2, 0, true, false, true, false, 0},
+    {130, 129, 3, 2, 2, 1, 0, 1, false, false, false, false, 0},
+    {50, 40, 2, 1, 1, 1, 1, 1, false, true, true, false, 0},
+    {150, 100, 4, 1, 1, 1, 1, 1, false, false, false, true, 0},
+    {330, 260, 6, 1, 1, 1, 1, 1, false, false, false, false, 0},
+    {210, 170, 4, 1, 1, 1, 1, 1, false, false, false, false, 1 | 2 | 8},
+    {160, 140, 4, 2, 2, 3, 0, 0, true, true, false, false, 4 | 8},
+    {180, 120, 4, 0, 1, 1, 2, 1, false, false, true, false, 1 | 2 | 4},
 };
 
 }  // namespace
