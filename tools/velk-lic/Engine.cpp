@@ -65,7 +65,7 @@ void readMask(const std::string& path, const VelkVectorField& field, VelkImage& 
 void computeLic(const Options& o, VelkCompute& engine, VelkVectorField& field, VelkImage& texture,
                 VelkImage* mask, VelkImage& lic) {
     console::clearLibraryError();
-    // Later passes convolve the whole picture; the mask is applied to the last.
+    // Repeated passes convolve whole pictures: the mask applies to the result.
     const int ok = o.iterations == 1
                        ? engine.compute(&field, &texture, &lic, mask, nullptr)
                        : velk_enhancedLic(engine, &field, &texture, &lic, o.iterations, o.enhance);
