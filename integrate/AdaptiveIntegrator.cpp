@@ -13,7 +13,9 @@ VELK_ALWAYS_INLINE void moveAlong(AdaptiveIntegrator& it) {
 
 VELK_ALWAYS_INLINE void eulerStep(AdaptiveIntegrator& it) {
     moveAlong(it);
-    velk::evaluateField(it, it.outPoint, it.deriv);
+    velk::withDomain(it, [&it](auto hasDomain) {
+        velk::evaluateField<decltype(hasDomain)::value>(it, it.outPoint, it.deriv);
+    });
 }
 
 // Takes adaptive steps until the front s passes t. Returns 0, or the code a

@@ -6,10 +6,11 @@ namespace {
 
 // Moves along the slope of the previous evaluation, then evaluates at the new
 // point; after the line has ended only the move remains (straight extrapolation).
+template <bool kDomain>
 VELK_ALWAYS_INLINE void eulerStep(Euler& it) {
     it.pos.x += it.stepSize * it.deriv.x;
     it.pos.y += it.stepSize * it.deriv.y;
-    if (it.status == 0) velk::evaluateField(it, it.pos, it.deriv);
+    if (it.status == 0) velk::evaluateField<kDomain>(it, it.pos, it.deriv);
 }
 
 }  // namespace
@@ -17,13 +18,15 @@ VELK_ALWAYS_INLINE void eulerStep(Euler& it) {
 Euler::Euler(int direction) : FixedIntegrator(direction) {}
 
 const Vec2f& Euler::next(int& outStatus) {
-    eulerStep(*this);
+    velk::withDomain(*this,
+                     [this](auto hasDomain) { eulerStep<decltype(hasDomain)::value>(*this); });
     outStatus = status;
     return pos;
 }
 
 const Vec2f& Euler::next(float& outMagnitude, int& outStatus) {
-    eulerStep(*this);
+    velk::withDomain(*this,
+                     [this](auto hasDomain) { eulerStep<decltype(hasDomain)::value>(*this); });
     outMagnitude = magnitude;
     outStatus = status;
     return pos;

@@ -33,24 +33,38 @@ void RKCK::step(const Vec2f& y, const Vec2f& dydx, float& htry, float& hdid, Vec
     velk::finishStep(*this, htry, hdid);
     // The scheme has no end-point stage, so the slope there is evaluated only
     // once the step is accepted.
-    velk::endPointField(*this, yout, dydxout);
+    velk::withDomain(*this, [&](auto hasDomain) {
+        velk::endPointField<decltype(hasDomain)::value>(*this, yout, dydxout);
+    });
 }
 
-void RKCK::rkck(const Vec2f& y, const Vec2f& dydx, float h, Vec2f& yout, Vec2f& yerr) {
+namespace {
+
+template <bool kDomain>
+void rkckStages(RKCK& it, const Vec2f& y, const Vec2f& dydx, float h, Vec2f& yout, Vec2f& yerr) {
     const Vec2f& k1 = dydx;
     Vec2f k2, k3, k4, k5, k6;
-    velk::stageField(*this, y.x + h * (kB21 * k1.x), y.y + h * (kB21 * k1.y), k2);
-    velk::stageField(*this, y.x + h * (kB31 * k1.x + kB32 * k2.x),
-                     y.y + h * (kB31 * k1.y + kB32 * k2.y), k3);
-    velk::stageField(*this, y.x + h * (kB41 * k1.x + kB42 * k2.x + kB43 * k3.x),
-                     y.y + h * (kB41 * k1.y + kB42 * k2.y + kB43 * k3.y), k4);
-    velk::stageField(*this, y.x + h * (kB51 * k1.x + kB52 * k2.x + kB53 * k3.x + kB54 * k4.x),
-                     y.y + h * (kB51 * k1.y + kB52 * k2.y + kB53 * k3.y + kB54 * k4.y), k5);
-    velk::stageField(
-        *this, y.x + h * (kB61 * k1.x + kB62 * k2.x + kB63 * k3.x + kB64 * k4.x + kB65 * k5.x),
+    velk::stageField<kDomain>(it, y.x + h * (kB21 * k1.x), y.y + h * (kB21 * k1.y), k2);
+    velk::stageField<kDomain>(it, y.x + h * (kB31 * k1.x + kB32 * k2.x),
+                              y.y + h * (kB31 * k1.y + kB32 * k2.y), k3);
+    velk::stageField<kDomain>(it, y.x + h * (kB41 * k1.x + kB42 * k2.x + kB43 * k3.x),
+                              y.y + h * (kB41 * k1.y + kB42 * k2.y + kB43 * k3.y), k4);
+    velk::stageField<kDomain>(it, y.x + h * (kB51 * k1.x + kB52 * k2.x + kB53 * k3.x + kB54 * k4.x),
+                              y.y + h * (kB51 * k1.y + kB52 * k2.y + kB53 * k3.y + kB54 * k4.y),
+                              k5);
+    velk::stageField<kDomain>(
+        it, y.x + h * (kB61 * k1.x + kB62 * k2.x + kB63 * k3.x + kB64 * k4.x + kB65 * k5.x),
         y.y + h * (kB61 * k1.y + kB62 * k2.y + kB63 * k3.y + kB64 * k4.y + kB65 * k5.y), k6);
     yout.x = y.x + h * (kC1 * k1.x + kC3 * k3.x + kC4 * k4.x + kC6 * k6.x);
     yout.y = y.y + h * (kC1 * k1.y + kC3 * k3.y + kC4 * k4.y + kC6 * k6.y);
     yerr.x = h * (kE1 * k1.x + kE3 * k3.x + kE4 * k4.x + kE5 * k5.x + kE6 * k6.x);
     yerr.y = h * (kE1 * k1.y + kE3 * k3.y + kE4 * k4.y + kE5 * k5.y + kE6 * k6.y);
+}
+
+}  // namespace
+
+void RKCK::rkck(const Vec2f& y, const Vec2f& dydx, float h, Vec2f& yout, Vec2f& yerr) {
+    velk::withDomain(*this, [&](auto hasDomain) {
+        rkckStages<decltype(hasDomain)::value>(*this, y, dydx, h, yout, yerr);
+    });
 }

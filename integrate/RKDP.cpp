@@ -33,26 +33,39 @@ void RKDP::step(const Vec2f& y, const Vec2f& dydx, float& htry, float& hdid, Vec
     velk::finishStep(*this, htry, hdid);
 }
 
+namespace {
+
 // The seventh stage is the slope at yout (first same as last): it is delivered
 // in dydxout and starts the next step.
-void RKDP::rkdp(const Vec2f& y, const Vec2f& dydx, float h, Vec2f& yout, Vec2f& dydxout,
+template <bool kDomain>
+void rkdpStages(RKDP& it, const Vec2f& y, const Vec2f& dydx, float h, Vec2f& yout, Vec2f& dydxout,
                 Vec2f& yerr) {
     const Vec2f& k1 = dydx;
     Vec2f k2, k3, k4, k5, k6;
-    velk::stageField(*this, y.x + h * (kA21 * k1.x), y.y + h * (kA21 * k1.y), k2);
-    velk::stageField(*this, y.x + h * (kA31 * k1.x + kA32 * k2.x),
-                     y.y + h * (kA31 * k1.y + kA32 * k2.y), k3);
-    velk::stageField(*this, y.x + h * (kA41 * k1.x + kA42 * k2.x + kA43 * k3.x),
-                     y.y + h * (kA41 * k1.y + kA42 * k2.y + kA43 * k3.y), k4);
-    velk::stageField(*this, y.x + h * (kA51 * k1.x + kA52 * k2.x + kA53 * k3.x + kA54 * k4.x),
-                     y.y + h * (kA51 * k1.y + kA52 * k2.y + kA53 * k3.y + kA54 * k4.y), k5);
-    velk::stageField(
-        *this, y.x + h * (kA61 * k1.x + kA62 * k2.x + kA63 * k3.x + kA64 * k4.x + kA65 * k5.x),
+    velk::stageField<kDomain>(it, y.x + h * (kA21 * k1.x), y.y + h * (kA21 * k1.y), k2);
+    velk::stageField<kDomain>(it, y.x + h * (kA31 * k1.x + kA32 * k2.x),
+                              y.y + h * (kA31 * k1.y + kA32 * k2.y), k3);
+    velk::stageField<kDomain>(it, y.x + h * (kA41 * k1.x + kA42 * k2.x + kA43 * k3.x),
+                              y.y + h * (kA41 * k1.y + kA42 * k2.y + kA43 * k3.y), k4);
+    velk::stageField<kDomain>(it, y.x + h * (kA51 * k1.x + kA52 * k2.x + kA53 * k3.x + kA54 * k4.x),
+                              y.y + h * (kA51 * k1.y + kA52 * k2.y + kA53 * k3.y + kA54 * k4.y),
+                              k5);
+    velk::stageField<kDomain>(
+        it, y.x + h * (kA61 * k1.x + kA62 * k2.x + kA63 * k3.x + kA64 * k4.x + kA65 * k5.x),
         y.y + h * (kA61 * k1.y + kA62 * k2.y + kA63 * k3.y + kA64 * k4.y + kA65 * k5.y), k6);
     yout.x = y.x + h * (kB1 * k1.x + kB3 * k3.x + kB4 * k4.x + kB5 * k5.x + kB6 * k6.x);
     yout.y = y.y + h * (kB1 * k1.y + kB3 * k3.y + kB4 * k4.y + kB5 * k5.y + kB6 * k6.y);
-    velk::endPointField(*this, yout, dydxout);
+    velk::endPointField<kDomain>(it, yout, dydxout);
     const Vec2f& k7 = dydxout;
     yerr.x = h * (kE1 * k1.x + kE3 * k3.x + kE4 * k4.x + kE5 * k5.x + kE6 * k6.x + kE7 * k7.x);
     yerr.y = h * (kE1 * k1.y + kE3 * k3.y + kE4 * k4.y + kE5 * k5.y + kE6 * k6.y + kE7 * k7.y);
+}
+
+}  // namespace
+
+void RKDP::rkdp(const Vec2f& y, const Vec2f& dydx, float h, Vec2f& yout, Vec2f& dydxout,
+                Vec2f& yerr) {
+    velk::withDomain(*this, [&](auto hasDomain) {
+        rkdpStages<decltype(hasDomain)::value>(*this, y, dydx, h, yout, dydxout, yerr);
+    });
 }

@@ -127,5 +127,7 @@ bool interpolateDomain(VelkIntegrator& it, float px, float py, float& vx, float&
 
 void VelkIntegrator::derivs(const Vec2f& p, Vec2f& d) {
     if (status != 0) return;
-    velk::evaluateField(*this, p, d);
+    velk::withDomain(*this, [&](auto hasDomain) {
+        velk::evaluateField<decltype(hasDomain)::value>(*this, p, d);
+    });
 }

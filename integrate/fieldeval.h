@@ -7,6 +7,7 @@
 #include <cmath>
 #include <csetjmp>
 #include <cstddef>
+#include <type_traits>
 
 #include <velk/AdaptiveIntegrator.h>
 #include <velk/VelkIntegrator.h>
@@ -33,10 +34,13 @@ bool interpolateDomain(VelkIntegrator& it, float px, float py, float& vx, float&
 
 // Bilinear field vector at (px, py); false when the point is outside the domain
 // (a NaN coordinate included). setField keeps xMax below fieldWidth - 1, so the
-// right and upper neighbours always exist.
+// right and upper neighbours always exist. kDomain: the integrator may have
+// domain bits, decided once per step or line (see withDomain) rather than per
+// evaluation; with none set, both paths give the same vector.
+template <bool kDomain>
 VELK_ALWAYS_INLINE bool interpolateField(VelkIntegrator& it, float px, float py, float& vx,
                                          float& vy) {
-    if (__builtin_expect(it.domain != 0, 0)) return interpolateDomain(it, px, py, vx, vy);
+    if (kDomain) return interpolateDomain(it, px, py, vx, vy);
     if (!(px >= 0.0f && px <= it.xMax && py >= 0.0f && py <= it.yMax)) return false;
     const int i = static_cast<int>(px);
     const int j = static_cast<int>(py);
@@ -46,6 +50,17 @@ VELK_ALWAYS_INLINE bool interpolateField(VelkIntegrator& it, float px, float py,
     const Vec2f* c = a + it.fieldWidth;
     blendField(a[0], a[1], c[0], c[1], fx, fy, vx, vy);
     return true;
+}
+
+// Calls f with std::true_type when the integrator has domain bits, with
+// std::false_type otherwise, for the kDomain of the evaluations below.
+template <class F>
+VELK_ALWAYS_INLINE void withDomain(const VelkIntegrator& it, F f) {
+    if (it.domain != 0) {
+        f(std::true_type());
+    } else {
+        f(std::false_type());
+    }
 }
 
 // Scales a raw field vector of length m > 0 to the direction-signed derivative.
@@ -58,9 +73,10 @@ VELK_ALWAYS_INLINE void normalizeInto(const VelkIntegrator& it, float vx, float 
 
 // The status-setting evaluation (the body of derivs): on failure status becomes
 // 1 or 2 and d is left alone.
+template <bool kDomain>
 VELK_ALWAYS_INLINE void evaluateField(VelkIntegrator& it, const Vec2f& p, Vec2f& d) {
     float vx, vy;
-    if (!interpolateField(it, p.x, p.y, vx, vy)) {
+    if (!interpolateField<kDomain>(it, p.x, p.y, vx, vy)) {
         it.status = 1;
         return;
     }
@@ -75,9 +91,10 @@ VELK_ALWAYS_INLINE void evaluateField(VelkIntegrator& it, const Vec2f& p, Vec2f&
 
 // Stage evaluation inside an adaptive step: a failure abandons the step through
 // the integrator's recovery buffer, so the stage code needs no status tests.
+template <bool kDomain>
 VELK_ALWAYS_INLINE void stageField(AdaptiveIntegrator& it, float px, float py, Vec2f& k) {
     float vx, vy;
-    if (!interpolateField(it, px, py, vx, vy)) std::longjmp(it.recovery, kLeftDomain);
+    if (!interpolateField<kDomain>(it, px, py, vx, vy)) std::longjmp(it.recovery, kLeftDomain);
     if (std::isnan(vx) || std::isnan(vy)) std::longjmp(it.recovery, kCriticalPoint);
     const float m = std::sqrt(vx * vx + vy * vy);
     it.magnitude = m;
@@ -87,9 +104,10 @@ VELK_ALWAYS_INLINE void stageField(AdaptiveIntegrator& it, float px, float py, V
 
 // Evaluation at a step's end point. The raw (or zeroed) vector is left in d when
 // the evaluation fails, because the Euler fallback moves along it.
+template <bool kDomain>
 VELK_ALWAYS_INLINE void endPointField(AdaptiveIntegrator& it, const Vec2f& p, Vec2f& d) {
     float vx, vy;
-    if (!interpolateField(it, p.x, p.y, vx, vy)) std::longjmp(it.recovery, kLeftDomain);
+    if (!interpolateField<kDomain>(it, p.x, p.y, vx, vy)) std::longjmp(it.recovery, kLeftDomain);
     d.x = vx;
     d.y = vy;
     if (std::isnan(vx) || std::isnan(vy)) {

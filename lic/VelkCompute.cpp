@@ -274,8 +274,6 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
     const float step = 2 * stepSize / (xScale + yScale);
     forward->stepSize = step;
     backward->stepSize = step;
-    forward->domain = domain;
-    backward->domain = domain;
 
     nFilter = stepCount(static_cast<double>(filterLength) / static_cast<double>(stepSize) + 0.5);
     if (filterKernel == CUBIC && nFilter % 6 != 0) nFilter += 6 - nFilter % 6;
@@ -314,6 +312,8 @@ void VelkCompute::start(VelkVectorField* field, VelkImage* input) {
         }
     }
     Vec2f* nodes = dataField ? dataField : reinterpret_cast<Vec2f*>(field->data);
+    forward->domain = domain;
+    backward->domain = domain;
     forward->setField(fieldWidth, fieldHeight, nodes);
     backward->setField(fieldWidth, fieldHeight, nodes);
 

@@ -84,9 +84,10 @@ IntegratorKind kindOf(const VelkIntegrator& integrator) {
 }
 
 // The engine's own integrators are stepped without a virtual call per point.
+template <bool kDomain>
 auto midpointNext(Midpoint& it) {
     return [&it](int& status) {
-        midpointStep(it);
+        midpointStep<kDomain>(it);
         status = it.status;
         return it.pos;
     };
@@ -106,9 +107,17 @@ void traceLine(VelkIntegrator& forward, VelkIntegrator& backward, Vec2f* centre,
         f.finish();
         b.finish();
     } else if (kind == kMidpoint && kindOf(backward) == kMidpoint) {
-        traceSides<true>(midpointNext(static_cast<Midpoint&>(forward)),
-                         midpointNext(static_cast<Midpoint&>(backward)), centre, points, n,
-                         nExtension, ahead, behind);
+        // With domain bits on either, both take the domain's evaluation, which
+        // gives the plain one's vectors without them.
+        Midpoint& f = static_cast<Midpoint&>(forward);
+        Midpoint& b = static_cast<Midpoint&>(backward);
+        if (forward.domain != 0 || backward.domain != 0) {
+            traceSides<true>(midpointNext<true>(f), midpointNext<true>(b), centre, points, n,
+                             nExtension, ahead, behind);
+        } else {
+            traceSides<true>(midpointNext<false>(f), midpointNext<false>(b), centre, points, n,
+                             nExtension, ahead, behind);
+        }
     } else {
         traceSides<false>([&](int& status) { return forward.next(status); },
                           [&](int& status) { return backward.next(status); }, centre, points, n,
