@@ -63,6 +63,13 @@ bool axisNodes(float p, int n, float max, bool periodic, int& i0, int& i1, float
         f = p - static_cast<float>(i0);
         return true;
     }
+    if (p >= 0.0f && p < static_cast<float>(n)) {
+        // Within the first period, as most points are.
+        i0 = static_cast<int>(p);
+        i1 = i0 + 1 < n ? i0 + 1 : 0;
+        f = p - static_cast<float>(i0);
+        return true;
+    }
     if (!(std::fabs(p) < 16777216.0f) || n < 1) return false;
     const float whole = std::floor(p);
     f = p - whole;

@@ -92,14 +92,11 @@ bool sampleDomainLine(const VelkCompute& e, int cellShift, LineTools& tools, con
                              e.getPixel,
                              e.accum,
                              e.cellStride};
-    const bool bilinear = e.interpolationMethod == VelkCompute::BILINEAR;
     const LookupKind kind = lookupKindOf(e.getPixel);
-    const bool own = kind == kLookupPointer;
     if (wrapX || wrapY) {
-        const AxisWrap ax = {wrapX, static_cast<float>(W), e.xMax, e.xScale, e.width};
-        const AxisWrap ay = {wrapY, static_cast<float>(H), e.yMax, e.yScale, e.height};
-        fillWrapped(fill, ax, ay, bilinear, own, tools.positions, tools.points, tools.samples, lo,
-                    lo + n, hi - n, hi);
+        fillWrapped(fill, axisWrap(wrapX, W, e.xMax, e.xScale, e.width),
+                    axisWrap(wrapY, H, e.yMax, e.yScale, e.height), kind, tools.positions,
+                    tools.points, tools.samples, lo, lo + n, hi - n, hi);
     } else {
         fillLine(fill, kind, tools.positions, tools.points, tools.samples, lo, lo + n, hi - n, hi);
     }
@@ -118,7 +115,7 @@ bool sampleDomainLine(const VelkCompute& e, int cellShift, LineTools& tools, con
                            zone,
                            deferred};
     if (!e.getNoData()) {
-        convolveLine(line, e.filterKernel, !own);
+        convolveLine(line, e.filterKernel, kind != kLookupPointer);
         return true;
     }
     int first, last;

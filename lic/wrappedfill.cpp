@@ -8,12 +8,17 @@
 namespace velk {
 namespace {
 
+// wrapPeriodic, with the usual case of a value already within the period first.
+VELK_ALWAYS_INLINE bool wrapInto(float& v, float period) {
+    return (v >= 0.0f && v < period) || wrapPeriodic(v, period);
+}
+
 // The output pixel along an axis of a field coordinate v, which becomes the
 // wrapped coordinate; -1 off a closed axis (one periodic correction only, as
 // for the closed domain).
-int pixelOn(const AxisWrap& a, float& v) {
+VELK_ALWAYS_INLINE int pixelOn(const AxisWrap& a, float& v) {
     if (a.periodic) {
-        if (!wrapPeriodic(v, a.nodes)) return -1;
+        if (!wrapInto(v, a.nodes)) return -1;
     } else {
         v = v < 0.0f ? v + a.max : v > a.max ? v - a.max : v;
         if (!(v >= 0.0f && v <= a.max)) return -1;
@@ -22,23 +27,21 @@ int pixelOn(const AxisWrap& a, float& v) {
     return p >= a.pixels ? a.pixels - 1 : p;
 }
 
-// Wraps a texture coordinate t into its period (the size on a periodic axis,
-// the size - 1 on a closed one); false when nothing can be wrapped.
-bool wrapTexture(const AxisWrap& a, float& t) {
-    return wrapPeriodic(t, static_cast<float>(a.periodic ? a.pixels : a.pixels - 1));
-}
-
 // The texels i0, i1 around a wrapped texture coordinate t, and its fraction.
-void texelsOn(const AxisWrap& a, float t, int& i0, int& i1, float& f) {
+VELK_ALWAYS_INLINE void texelsOn(const AxisWrap& a, float t, int& i0, int& i1, float& f) {
     i0 = static_cast<int>(t);
     f = t - static_cast<float>(i0);
     i1 = i0 + 1 < a.pixels ? i0 + 1 : 0;
 }
 
-void lookupWrapped(const Texture& t, const AxisWrap& ax, const AxisWrap& ay, bool bilinear,
-                   float tx, float ty, int channels, int* out) {
-    if (!wrapTexture(ax, tx) || !wrapTexture(ay, ty)) {
-        for (int ch = 0; ch < channels; ch++) out[ch] = 0;
+// The library's lookups with each axis wrapped into its own period; kChannels
+// 0 when only known at run time.
+template <bool kBilinear, int kChannels>
+VELK_ALWAYS_INLINE void lookupWrapped(const Texture& t, const AxisWrap& ax, const AxisWrap& ay,
+                                      float tx, float ty, int channels, int* out) {
+    const int nch = kChannels != 0 ? kChannels : channels;
+    if (!wrapInto(tx, ax.texturePeriod) || !wrapInto(ty, ay.texturePeriod)) {
+        for (int ch = 0; ch < nch; ch++) out[ch] = 0;
         return;
     }
     int i0, i1, j0, j1;
@@ -49,15 +52,15 @@ void lookupWrapped(const Texture& t, const AxisWrap& ax, const AxisWrap& ay, boo
     const unsigned char* r1 = t.data + static_cast<std::ptrdiff_t>(j1) * t.bytesPerLine;
     const std::ptrdiff_t c0 = static_cast<std::ptrdiff_t>(i0) * t.nChannels;
     const std::ptrdiff_t c1 = static_cast<std::ptrdiff_t>(i1) * t.nChannels;
-    for (int ch = 0; ch < channels; ch++) {
-        out[ch] = bilinear ? static_cast<int>(velk::bilinear(r0[c0 + ch], r0[c1 + ch], r1[c0 + ch],
-                                                             r1[c1 + ch], fx, fy))
-                           : r0[c0 + ch];
+    for (int ch = 0; ch < nch; ch++) {
+        out[ch] = kBilinear ? static_cast<int>(bilinear(r0[c0 + ch], r0[c1 + ch], r1[c0 + ch],
+                                                        r1[c1 + ch], fx, fy))
+                            : r0[c0 + ch];
     }
 }
 
-void placeWrapped(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay, Vec2f p,
-                  VelkCompute::LinePoint& point) {
+VELK_ALWAYS_INLINE void placeWrapped(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay,
+                                     Vec2f p, VelkCompute::LinePoint& point) {
     const int px = pixelOn(ax, p.x);
     const int py = pixelOn(ay, p.y);
     if (px < 0 || py < 0) {
@@ -69,24 +72,51 @@ void placeWrapped(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay, V
     point.subPixel = f.subPixels == 1 ? 0 : subPixelOf<true>(f, p.x, p.y);
 }
 
-}  // namespace
-
-void fillWrapped(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay, bool bilinear,
-                 bool own, const Vec2f* positions, VelkCompute::LinePoint* points, int* samples,
-                 int lo, int first, int last, int hi) {
+template <LookupKind kLookup>
+void fillRecords(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay,
+                 const Vec2f* positions, VelkCompute::LinePoint* points, int* samples, int lo,
+                 int first, int last, int hi) {
+    constexpr bool kBilinear = kLookup == kLookupBilinear1 || kLookup == kLookupBilinearN;
+    constexpr int kChannels = kLookup == kLookupBilinear1 || kLookup == kLookupConst1 ? 1 : 0;
     for (int i = lo; i <= hi; i++) {
         const Vec2f p = positions[i];
         if (i >= first && i <= last) placeWrapped(f, ax, ay, p, points[i]);
         int* out = samples + static_cast<std::ptrdiff_t>(i) * f.channels;
         float tx = p.x * ax.scale;
         float ty = p.y * ay.scale;
-        if (!own) {
-            lookupWrapped(f.texture, ax, ay, bilinear, tx, ty, f.channels, out);
-        } else if (wrapTexture(ax, tx) && wrapTexture(ay, ty)) {
+        if (kLookup != kLookupPointer) {
+            lookupWrapped<kBilinear, kChannels>(f.texture, ax, ay, tx, ty, f.channels, out);
+        } else if (wrapInto(tx, ax.texturePeriod) && wrapInto(ty, ay.texturePeriod)) {
             f.getPixel(f.input, tx, ty, out);
         } else {
             for (int ch = 0; ch < f.channels; ch++) out[ch] = 0;
         }
+    }
+}
+
+}  // namespace
+
+void fillWrapped(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay, LookupKind kind,
+                 const Vec2f* positions, VelkCompute::LinePoint* points, int* samples, int lo,
+                 int first, int last, int hi) {
+    switch (kind) {
+        case kLookupBilinear1:
+            fillRecords<kLookupBilinear1>(f, ax, ay, positions, points, samples, lo, first, last,
+                                          hi);
+            break;
+        case kLookupConst1:
+            fillRecords<kLookupConst1>(f, ax, ay, positions, points, samples, lo, first, last, hi);
+            break;
+        case kLookupBilinearN:
+            fillRecords<kLookupBilinearN>(f, ax, ay, positions, points, samples, lo, first, last,
+                                          hi);
+            break;
+        case kLookupConstN:
+            fillRecords<kLookupConstN>(f, ax, ay, positions, points, samples, lo, first, last, hi);
+            break;
+        case kLookupPointer:
+            fillRecords<kLookupPointer>(f, ax, ay, positions, points, samples, lo, first, last, hi);
+            break;
     }
 }
 
