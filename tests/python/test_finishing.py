@@ -27,6 +27,9 @@ def test_equalisation_flattens_the_histogram():
     assert adaptive.shape == LIC.shape and not np.array_equal(adaptive, velk.equalize(LIC))
     # One tile that clips nothing is the global mapping.
     assert np.array_equal(velk.equalize(rgb, True, (1, 1), 256), velk.equalize(rgb))
+    # Tiles are (rows, columns): two side by side equalise the halves apart.
+    halves = np.hstack([LIC // 2, LIC // 2 + 128])
+    assert velk.equalize(halves, True, (1, 2), 256)[:, :16].max() > 200
 
 
 def test_filters_keep_shape_and_constant_images():
