@@ -56,16 +56,24 @@ struct Settings {
     int threads;
     int iterations;
     bool enhance;
+    bool orientation;
+    bool periodicX;
+    bool periodicY;
+    bool noData;
+    int fill;
 };
+
+using Run = std::tuple<BytesOut, std::optional<BytesOut>, int, int>;
 
 // One VelkCompute per Python engine; the lock keeps two threads sharing an
 // engine from running it at once (the settings come with every run).
 class Core {
   public:
-    std::tuple<BytesOut, int, int> run(const FloatIn& u, const FloatIn& v, const BytesIn& texture,
-                                       const Settings& s) {
+    // The weight comes back only when asked for; the mask is one byte per node.
+    Run run(const FloatIn& u, const FloatIn& v, const BytesIn& texture, const Settings& s,
+            std::optional<BytesIn> mask, bool wantWeight) {
         Messages messages;
-        VelkImage output;
+        VelkImage output, weight, noData;
         int ok = 0, lines = 0, hits = 0;
         {
             nb::gil_scoped_release release;
@@ -73,18 +81,24 @@ class Core {
             velkpy::readField(u, v, field);
             VelkImage input;
             velkpy::readImage(texture, input);
+            if (mask) velkpy::readImage(*mask, noData);
             std::lock_guard<std::mutex> guard(lock);
             // The high-pass between passes blurs with the fast convolution.
             std::unique_lock<std::mutex> tables(convolutionLock, std::defer_lock);
             if (s.enhance) tables.lock();
             configure(s);
+            engine.setNoDataMask(mask ? &noData : nullptr);
             ok = velk_enhancedLic(engine, &field, &input, &output, s.iterations, s.enhance);
+            engine.setNoDataMask(nullptr);
             lines = engine.numFieldLines;
             hits = engine.totalHits;
+            if (wantWeight) weight = engine.getWeight();
         }
         messages.log();
         if (!ok) throw nb::value_error(messages.errors().c_str());
-        return {velkpy::toArray(output), lines, hits};
+        std::optional<BytesOut> weights;
+        if (wantWeight) weights = velkpy::toArray(weight);
+        return {velkpy::toArray(output), weights, lines, hits};
     }
 
   private:
@@ -98,6 +112,9 @@ class Core {
         engine.seedingMode = s.seeding;
         engine.setThreads(s.threads);
         engine.setNormalization(s.normalization);
+        engine.setOrientation(s.orientation);
+        engine.setPeriodic(s.periodicX, s.periodicY);
+        engine.setNoData(s.noData, s.fill);
         if (s.midpoint) {
             engine.useEuler();
         } else {
@@ -303,8 +320,16 @@ NB_MODULE(_velk, m) {
         .def_rw("normalization", &Settings::normalization)
         .def_rw("threads", &Settings::threads)
         .def_rw("iterations", &Settings::iterations)
-        .def_rw("enhance", &Settings::enhance);
-    nb::class_<Core>(m, "Core").def(nb::init<>()).def("run", &Core::run);
+        .def_rw("enhance", &Settings::enhance)
+        .def_rw("orientation", &Settings::orientation)
+        .def_rw("periodic_x", &Settings::periodicX)
+        .def_rw("periodic_y", &Settings::periodicY)
+        .def_rw("nodata", &Settings::noData)
+        .def_rw("fill", &Settings::fill);
+    nb::class_<Core>(m, "Core")
+        .def(nb::init<>())
+        .def("run", &Core::run, "u"_a, "v"_a, "texture"_a, "settings"_a, "mask"_a.none(),
+             "weight"_a);
 
     m.def("noise", &noise);
     m.def("adjust", [](const BytesIn& in, float mean, float sigma) {

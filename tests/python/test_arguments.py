@@ -38,6 +38,14 @@ BAD = [
     (lambda: velk.Engine(enhance=1), TypeError, "enhance must be a bool"),
     (lambda: velk.equalize(IMG, True, (0, 4)), ValueError, r"tiles\[0\] must be in 1"),
     (lambda: velk.equalize(IMG, clip=0.5), ValueError, "clip must be >= 1"),
+    (lambda: velk.lic(F, F, mask=np.zeros((30, 20), bool)), ValueError, "mask must have u's"),
+    (lambda: velk.lic(F, F, mask=np.zeros((20, 30))), TypeError, "mask must be a bool array"),
+    (lambda: velk.lic(F, F, fill=256), ValueError, "fill must be in 0 .. 255"),
+    (lambda: velk.Engine(fill=-1), ValueError, "fill must be in 0 .. 255"),
+    (lambda: velk.lic(F, F, boundary="wrap"), ValueError, "boundary must be one of closed"),
+    (lambda: velk.lic(F, F, boundary=("closed",)), ValueError, "boundary must be one of"),
+    (lambda: velk.Engine(boundary=("closed", "open")), ValueError, r"boundary\[1\] must be"),
+    (lambda: velk.Engine(orientation=1), TypeError, "orientation must be a bool"),
 ]
 
 

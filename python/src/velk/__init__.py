@@ -32,6 +32,7 @@ KERNELS = ("box", "triangle", "cubic")
 LOOKUPS = ("nearest", "bilinear")
 INTEGRATORS = ("rk43", "midpoint")
 SEEDINGS = ("scan", "offset", "sobol")
+BOUNDARIES = ("closed", "periodic")
 COLORMAPS = ("hue", "hot", "bwr", "grey")
 MAX_GRID = 10000  # nodes per field axis, as in velk's field files
 _MAX_PIXELS = 2**31 - 1  # the engine counts pixels in an int
@@ -70,6 +71,40 @@ def _flag(name: str, value: Any) -> bool:
 
 def _iterations(name: str, value: Any) -> Optional[int]:
     return None if value is None else _integer(name, value, 1, 100)
+
+
+def _fill(name: str, value: Any) -> Optional[int]:
+    return None if value is None else _integer(name, value, 0, 255)
+
+
+def _boundary(name: str, value: Any) -> Union[str, Tuple[str, str]]:
+    if isinstance(value, str):
+        return _choice(name, value, BOUNDARIES)
+    try:
+        y, x = value
+    except (TypeError, ValueError):
+        raise ValueError(f"{name} must be one of {', '.join(BOUNDARIES)} or a pair of them "
+                         f"(axis 0, axis 1); got {value!r}") from None
+    return (_choice(f"{name}[0]", y, BOUNDARIES), _choice(f"{name}[1]", x, BOUNDARIES))
+
+
+def _periodic(boundary: Union[str, Tuple[str, str]]) -> Tuple[bool, bool]:
+    """(y, x) periodic, from a checked boundary."""
+    y, x = (boundary, boundary) if isinstance(boundary, str) else boundary
+    return y == "periodic", x == "periodic"
+
+
+def _nodata(u: Any, v: Any, mask: Any) -> Optional[np.ndarray]:
+    """The no-data nodes (True) of mask= and of masked arrays u, v; None without either."""
+    masks = [np.ma.getmaskarray(a) for a in (u, v) if isinstance(a, np.ma.MaskedArray)]
+    if mask is not None:
+        m = np.asarray(mask)
+        if m.dtype != np.bool_:
+            raise TypeError(f"mask must be a bool array, got dtype {m.dtype}")
+        if m.shape != np.shape(u):
+            raise ValueError(f"mask must have u's shape {np.shape(u)}, got {m.shape}")
+        masks.append(m)
+    return np.logical_or.reduce(masks) if masks else None
 
 
 def _floats(name: str, a: Any) -> np.ndarray:
@@ -181,6 +216,20 @@ class Engine:
         High-pass filter the image before every pass after the first, so the
         streaks stay sharp and apart (LIC, high-pass, LIC); needs 2 or more
         iterations.
+    orientation : bool, default False
+        The field is an orientation field: (u, v) and (-u, -v) mean the same
+        direction (directors, principal stress axes), and lines go on
+        without turning back where the sign flips.
+    boundary : "closed", "periodic" or a pair of them, default "closed"
+        One setting for both axes, or one per array axis in the order
+        numpy.pad takes them: ``(axis 0 = y, axis 1 = x)``, so
+        ``("closed", "periodic")`` is periodic in x. A periodic axis of n
+        nodes is one period (node n is node 0 again, as ``numpy.roll`` has
+        it) and the picture spans exactly that period, so tiles join
+        seamlessly.
+    fill : int, optional
+        0 .. 255 (default 0): the value of pixels no line reaches, with
+        no-data handling (see :meth:`compute`); giving it turns that on.
 
     Examples
     --------
@@ -205,18 +254,24 @@ class Engine:
     threads = _Setting(lambda n, x: _integer(n, x, -1, 1024))
     iterations = _Setting(_iterations)
     enhance = _Setting(_flag)
+    orientation = _Setting(_flag)
+    boundary = _Setting(_boundary)
+    fill = _Setting(_fill)
 
     def __init__(self, *, length: float = 20.0, kernel: str = "triangle", subpixels: int = 1,
                  lookup: str = "bilinear", integrator: str = "rk43", seeding: str = "offset",
                  normalization: float = 0.0, extension: float = 80.0, step: float = 1.0,
                  rk43: Tuple[float, float, float, float] = (4.0, 0.5, 15.0, 0.001),
                  threads: int = 0, iterations: Optional[int] = None,
-                 enhance: bool = False) -> None:
+                 enhance: bool = False, orientation: bool = False,
+                 boundary: Union[str, Tuple[str, str]] = "closed",
+                 fill: Optional[int] = None) -> None:
         self.length, self.kernel, self.subpixels = length, kernel, subpixels
         self.lookup, self.integrator, self.seeding = lookup, integrator, seeding
         self.normalization, self.extension, self.step = normalization, extension, step
         self.rk43, self.threads = rk43, threads
         self.iterations, self.enhance = iterations, enhance
+        self.orientation, self.boundary, self.fill = orientation, boundary, fill
         self.lines = 0
         self.hits = 0
         self._core = _velk.Core()
@@ -234,19 +289,31 @@ class Engine:
         s.iterations = self.iterations or (2 if self.enhance else 1)
         if self.enhance and s.iterations < 2:
             raise ValueError("enhance needs iterations >= 2, got 1")
-        s.enhance = self.enhance
+        s.enhance, s.orientation = self.enhance, self.orientation
+        s.periodic_y, s.periodic_x = _periodic(self.boundary)
+        s.fill = self.fill or 0
         return s
 
     def compute(self, u: Any, v: Any, texture: Any = None, *, seed: int = 1,
-                shape: Optional[Tuple[int, int]] = None) -> np.ndarray:
+                shape: Optional[Tuple[int, int]] = None, mask: Any = None,
+                return_weight: bool = False) -> Any:
         """Computes the LIC image of the field (u, v) over a texture.
+
+        No-data handling is on when ``mask`` is given, u or v is a masked
+        array, u or v has a NaN or infinite value, ``fill`` is set or
+        ``return_weight`` is true. Then the nodes without data (non-finite or
+        masked) end the lines, as do stagnation points and closed edges;
+        every pixel is divided by the kernel weight it received, so the
+        picture does not darken towards edges and holes; pixels that no line
+        reaches get ``fill``. Otherwise lines end where the field is zero or
+        not finite and run on straight past the edges.
 
         Parameters
         ----------
-        u, v : array_like, shape (ny, nx), float32 or float64
+        u, v : array_like or numpy.ma.MaskedArray, shape (ny, nx), float32 or float64
             Field components on a regular grid (any strides or order): node
-            (i, j) is ``(u[j, i], v[j, i])``; row 0 is y = 0. Lines end where
-            the field is zero or not finite.
+            (i, j) is ``(u[j, i], v[j, i])``; row 0 is y = 0. The masks of
+            masked arrays mark nodes without data.
         texture : uint8 array, shape (H, W) or (H, W, 3), optional
             Input texture, filtered along the lines. Default: grey white noise
             from :func:`noise` with ``seed`` and ``shape``.
@@ -254,12 +321,19 @@ class Engine:
             Seed of the default noise (ignored with a texture).
         shape : (H, W), optional
             Size of the default noise; default the field's shape.
+        mask : bool array, shape (ny, nx), optional
+            True where the field has no data, as in ``numpy.ma``; indexed as
+            u and v are.
+        return_weight : bool, default False
+            Also return the weight: per pixel the share of the full kernel
+            weight its values received.
 
         Returns
         -------
-        numpy.ndarray
+        numpy.ndarray, or (numpy.ndarray, numpy.ndarray) with return_weight
             uint8 image of the texture's shape; row 0 at the bottom
-            (``imshow(img, origin="lower")``).
+            (``imshow(img, origin="lower")``). The weight is float32 of shape
+            (H, W) in [0, 1], 0 where no line came.
 
         Raises
         ------
@@ -275,16 +349,21 @@ class Engine:
         >>> img.shape
         (64, 64)
         """
-        u, v = _field(u, v)
+        holes = _nodata(u, v, mask)
+        u, v = _field(np.ma.getdata(u), np.ma.getdata(v))
+        want = _flag("return_weight", return_weight)
         settings = self._settings()
+        settings.nodata = (holes is not None or self.fill is not None or want
+                           or not (np.isfinite(u).all() and np.isfinite(v).all()))
         if texture is None:
             size = _shape("shape", u.shape if shape is None else shape)
             self._check_counters(size, 1)
             texture = noise(size, seed=seed)
         texture = _image("texture", texture)
         self._check_counters(texture.shape, 1 if texture.ndim == 2 else 3)
-        img, self.lines, self.hits = self._core.run(u, v, texture, settings)
-        return img
+        holes = None if holes is None else holes.astype(np.uint8)
+        img, weight, self.lines, self.hits = self._core.run(u, v, texture, settings, holes, want)
+        return (img, weight.astype(np.float32) / np.float32(255)) if want else img
 
     def _check_counters(self, shape: Tuple[int, ...], channels: int) -> None:
         if shape[0] * shape[1] * (self.subpixels**2 + channels) > _MAX_PIXELS:
@@ -294,15 +373,17 @@ class Engine:
 
     def __repr__(self) -> str:
         names = ("length", "kernel", "subpixels", "lookup", "integrator", "seeding",
-                 "normalization", "extension", "step", "rk43", "threads", "iterations", "enhance")
+                 "normalization", "extension", "step", "rk43", "threads", "iterations", "enhance",
+                 "orientation", "boundary", "fill")
         return "velk.Engine(" + ", ".join(f"{n}={getattr(self, n)!r}" for n in names) + ")"
 
 
 def lic(u: Any, v: Any, texture: Any = None, *, length: float = 20.0, kernel: str = "triangle",
         subpixels: int = 1, lookup: str = "bilinear", integrator: str = "rk43",
         seeding: str = "offset", seed: int = 1, shape: Optional[Tuple[int, int]] = None,
-        threads: int = 0, iterations: Optional[int] = None, enhance: bool = False
-        ) -> np.ndarray:
+        threads: int = 0, iterations: Optional[int] = None, enhance: bool = False,
+        orientation: bool = False, boundary: Union[str, Tuple[str, str]] = "closed",
+        mask: Any = None, fill: Optional[int] = None, return_weight: bool = False) -> Any:
     """Line integral convolution of the field (u, v): a uint8 image.
 
     The same field, texture and settings give, byte for byte, what velk's C++
@@ -314,7 +395,8 @@ def lic(u: Any, v: Any, texture: Any = None, *, length: float = 20.0, kernel: st
         Field on a regular grid, any strides or order: ``u`` is the x component
         (along axis 1), ``v`` the y component (along axis 0). Row 0 is y = 0,
         the bottom of the picture. Lines end where the field is zero or not
-        finite.
+        finite. NaN or infinite values and the masks of masked arrays mark
+        nodes without data.
     texture : uint8 array, shape (H, W) or (H, W, 3), optional
         Texture filtered along the lines; the result has its shape (a 64x64
         field can give a 2048x2048 picture). Default: grey white noise from
@@ -336,10 +418,29 @@ def lic(u: Any, v: Any, texture: Any = None, *, length: float = 20.0, kernel: st
     iterations : int, optional
     enhance : bool, default False
         Repeated LIC, and the high-pass between passes; see :class:`Engine`.
+    orientation : bool, default False
+        (u, v) and (-u, -v) mean the same direction; see :class:`Engine`.
+    boundary : "closed", "periodic" or a pair, default "closed"
+        Per array axis, in numpy.pad's order ``(axis 0 = y, axis 1 = x)``:
+        ``("closed", "periodic")`` is periodic in x. A periodic axis of n
+        nodes is one period (as ``numpy.roll`` has it); see :class:`Engine`.
+    mask : bool array, shape (ny, nx), optional
+        True where the field has no data (as in ``numpy.ma``).
+    fill : int, optional
+        0 .. 255, default 0: pixels that no line reaches.
+    return_weight : bool, default False
+        Return ``(image, weight)``: the weight is float32 (H, W) in [0, 1],
+        each pixel's share of the full kernel weight, 0 where no line came.
+
+    No-data handling is on when ``mask`` is given, u or v is a masked array
+    or has a NaN or infinite value, ``fill`` is given or ``return_weight`` is
+    true: lines end at nodes without data, stagnation points and closed
+    edges, each pixel is divided by the kernel weight it received (no
+    darkening at edges and holes), and pixels no line reaches get ``fill``.
 
     Returns
     -------
-    numpy.ndarray
+    numpy.ndarray, or (numpy.ndarray, numpy.ndarray) with return_weight
         uint8, the texture's shape. Row 0 is the bottom row: show it with
         ``imshow(img, origin="lower")``.
 
@@ -355,11 +456,16 @@ def lic(u: Any, v: Any, texture: Any = None, *, length: float = 20.0, kernel: st
     >>> img = velk.lic(-y, x, length=10)
     >>> img.shape, img.dtype
     ((100, 200), dtype('uint8'))
+    >>> img, weight = velk.lic(-y, x, mask=np.hypot(x, y) < 0.3, fill=255, return_weight=True)
+    >>> bool((img[weight == 0] == 255).all()), weight.dtype
+    (True, dtype('float32'))
     """
     engine = Engine(length=length, kernel=kernel, subpixels=subpixels, lookup=lookup,
                     integrator=integrator, seeding=seeding, threads=threads,
-                    iterations=iterations, enhance=enhance)
-    return engine.compute(u, v, texture, seed=seed, shape=shape)
+                    iterations=iterations, enhance=enhance, orientation=orientation,
+                    boundary=boundary, fill=fill)
+    return engine.compute(u, v, texture, seed=seed, shape=shape, mask=mask,
+                          return_weight=return_weight)
 
 
 def noise(shape: Tuple[int, ...], *, seed: int = 1, binary: bool = False) -> np.ndarray:

@@ -1,5 +1,5 @@
 import os
-from typing import Literal, Optional, Sequence, Tuple, Union
+from typing import Literal, Optional, Sequence, Tuple, Union, overload
 
 import numpy as np
 import numpy.typing as npt
@@ -13,11 +13,15 @@ _Lookup = Literal["nearest", "bilinear"]
 _Integrator = Literal["rk43", "midpoint"]
 _Seeding = Literal["scan", "offset", "sobol"]
 _Colormap = Literal["hue", "hot", "bwr", "grey"]
+_Side = Literal["closed", "periodic"]
+_Boundary = Union[_Side, Tuple[_Side, _Side]]
+_Weighted = Tuple[_Bytes, npt.NDArray[np.float32]]
 
 KERNELS: Tuple[str, ...]
 LOOKUPS: Tuple[str, ...]
 INTEGRATORS: Tuple[str, ...]
 SEEDINGS: Tuple[str, ...]
+BOUNDARIES: Tuple[str, ...]
 COLORMAPS: Tuple[str, ...]
 MAX_GRID: int
 
@@ -35,6 +39,9 @@ class Engine:
     threads: int
     iterations: Optional[int]
     enhance: bool
+    orientation: bool
+    boundary: _Boundary
+    fill: Optional[int]
     lines: int
     hits: int
     def __init__(
@@ -53,7 +60,11 @@ class Engine:
         threads: int = 0,
         iterations: Optional[int] = None,
         enhance: bool = False,
+        orientation: bool = False,
+        boundary: _Boundary = "closed",
+        fill: Optional[int] = None,
     ) -> None: ...
+    @overload
     def compute(
         self,
         u: _Floats,
@@ -62,8 +73,23 @@ class Engine:
         *,
         seed: int = 1,
         shape: Optional[Tuple[int, int]] = None,
+        mask: Optional[npt.ArrayLike] = None,
+        return_weight: Literal[False] = False,
     ) -> _Bytes: ...
+    @overload
+    def compute(
+        self,
+        u: _Floats,
+        v: _Floats,
+        texture: Optional[npt.ArrayLike] = None,
+        *,
+        seed: int = 1,
+        shape: Optional[Tuple[int, int]] = None,
+        mask: Optional[npt.ArrayLike] = None,
+        return_weight: Literal[True],
+    ) -> _Weighted: ...
 
+@overload
 def lic(
     u: _Floats,
     v: _Floats,
@@ -80,7 +106,35 @@ def lic(
     threads: int = 0,
     iterations: Optional[int] = None,
     enhance: bool = False,
+    orientation: bool = False,
+    boundary: _Boundary = "closed",
+    mask: Optional[npt.ArrayLike] = None,
+    fill: Optional[int] = None,
+    return_weight: Literal[False] = False,
 ) -> _Bytes: ...
+@overload
+def lic(
+    u: _Floats,
+    v: _Floats,
+    texture: Optional[npt.ArrayLike] = None,
+    *,
+    length: float = 20.0,
+    kernel: _Kernel = "triangle",
+    subpixels: int = 1,
+    lookup: _Lookup = "bilinear",
+    integrator: _Integrator = "rk43",
+    seeding: _Seeding = "offset",
+    seed: int = 1,
+    shape: Optional[Tuple[int, int]] = None,
+    threads: int = 0,
+    iterations: Optional[int] = None,
+    enhance: bool = False,
+    orientation: bool = False,
+    boundary: _Boundary = "closed",
+    mask: Optional[npt.ArrayLike] = None,
+    fill: Optional[int] = None,
+    return_weight: Literal[True],
+) -> _Weighted: ...
 def noise(shape: Tuple[int, ...], *, seed: int = 1, binary: bool = False) -> _Bytes: ...
 def adjust(img: npt.ArrayLike, mean: float = 128.0, sigma: float = 48.0) -> _Bytes: ...
 def brighten(img: npt.ArrayLike, lo: int, hi: int) -> _Bytes: ...
