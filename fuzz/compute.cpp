@@ -1,10 +1,11 @@
 // VelkCompute::compute on small fields holding awkward values (zeros, NaN,
 // infinities, huge and subnormal numbers) with settings from their ranges:
 // kernel, filter length, sub-pixels, seeding, lookup, integrator and
-// normalisation. It must finish, stay in bounds and give an image of the
-// texture's size. Over a constant texture v every kernel (weights summing to
-// one) gives at most v, where lookups at positions that have no texel read 0;
-// in a field of ordinary finite values every reached pixel is exactly v.
+// normalisation, and the domain settings. It must finish, stay in bounds and
+// give an image of the texture's size. Over a constant texture v every kernel
+// (weights summing to one) gives at most v, where lookups at positions that
+// have no texel read 0; in a field of ordinary finite values every reached
+// pixel is exactly v. Pixels no line reaches may hold the no-data fill.
 
 #include <cmath>
 
@@ -66,6 +67,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     VelkImage* maskArg = masking >= 1 && masking <= 3 ? &mask : nullptr;
     VelkImage* seedArg = masking >= 3 ? &seedMap : nullptr;
 
+    // Read last, so that older inputs keep their meaning: orientation, periodic
+    // axes, no-data handling with its fill and (masking 1) the mask as its mask.
+    const int domain = in.range(0, 15);
+    const int fill = in.byte();
+    engine.setOrientation(domain & 1);
+    engine.setPeriodic(domain & 2, domain & 4);
+    engine.setNoData(domain & 8, fill);
+    if ((domain & 8) && masking == 1) engine.setNoDataMask(&mask);
+
     VelkImage output;
     velkfuzz::Quiet quiet;
     int ok = engine.compute(&field, &texture, &output, maskArg, seedArg);
@@ -78,11 +88,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(output.width == tw && output.height == th && output.nChannels == channels);
     FUZZ_CHECK(engine.numFieldLines >= 0 && engine.totalHits >= 0);
     if (seedArg) FUZZ_CHECK(seedMap.width == tw && seedMap.height == th);
+    if (domain & 8) FUZZ_CHECK(engine.getWeight().width == tw && engine.getWeight().height == th);
     if (constant) {
         bool exact = ordinary && tw >= 2 && th >= 2;
         for (int i = 0; i < tw * th * channels; i++) {
-            FUZZ_CHECK(output.data[i] <= value);
-            if (exact) FUZZ_CHECK(output.data[i] == value || output.data[i] == 0);
+            const bool filled = (domain & 8) && output.data[i] == fill;
+            FUZZ_CHECK(output.data[i] <= value || filled);
+            if (exact) {
+                FUZZ_CHECK(output.data[i] == value || output.data[i] == 0 || filled);
+            }
         }
     }
     return 0;

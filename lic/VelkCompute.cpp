@@ -400,7 +400,12 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
         seedMap->clear(1);
     }
     if (nFilter == 0) {
+        // No kernel to cut short: the texture itself, with its full weight.
         *output = *input;
+        if (noData) {
+            weight->setSize(width, height, 1);
+            weight->clear(255);
+        }
         stop();
         return 1;
     }

@@ -100,8 +100,8 @@ void convolve(const LineSums& line, std::int64_t divisor, const Reciprocal& reci
     const int* T = line.T;
     Sum* S = kNarrow ? reinterpret_cast<Sum*>(line.T) : reinterpret_cast<Sum*>(line.S);
     for (int ch = 0; ch < nch; ch++) {
-        runningSums<kKernel>([T, nch, ch](int i) { return static_cast<Sum>(T[i * nch + ch]); },
-                             S + ch, nch, c, lo, hi);
+        runningSums<kKernel>([=](int i) { return static_cast<Sum>(T[i * nch + ch]); }, S + ch, nch,
+                             c, lo, hi);
     }
 
     const int mOffset = 2 * n / 3 * nch;
@@ -136,9 +136,7 @@ void convolveEnding(const LineSums& line, std::int64_t divisor, int first, int l
     std::int64_t* S = line.S;
     for (int ch = 0; ch < nch; ch++) {
         runningSums<kKernel>(
-            [T, nch, ch, first, last](int i) {
-                return i >= first && i <= last ? std::int64_t{T[i * nch + ch]} : 0;
-            },
+            [=](int i) { return i >= first && i <= last ? std::int64_t{T[i * nch + ch]} : 0; },
             S + ch, nch, c, lo, hi);
     }
     runningSums<kKernel>([first, last](int i) { return std::int64_t{i >= first && i <= last}; },

@@ -135,7 +135,8 @@ class VELK_EXPORT VelkCompute {
     void setNoDataMask(VelkImage* mask);
     // After a compute() with no-data handling: per pixel the mean share of the
     // full kernel weight its values received, scaled to 1 .. 255, and 0 where
-    // no line came. Empty (0 x 0) after any other compute().
+    // no line came (255 everywhere when the filter has no length, as the
+    // picture is then the texture). Empty (0 x 0) after any other compute().
     const VelkImage& getWeight() const;
 
     // Replaces the integrators by two Midpoint integrators (the fixed-step choice).
