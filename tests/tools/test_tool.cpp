@@ -98,11 +98,12 @@ Picture readBack(const std::string& path) {
             ADD_FAILURE() << path << ": " << png.message;
             return p;
         }
+        const png_uint_32 alpha = png.format & PNG_FORMAT_FLAG_ALPHA;
         p = {static_cast<int>(png.width),
              static_cast<int>(png.height),
-             png.format & PNG_FORMAT_FLAG_COLOR ? 3 : 1,
+             (png.format & PNG_FORMAT_FLAG_COLOR ? 3 : 1) + (alpha ? 1 : 0),
              {}};
-        png.format = p.channels == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+        png.format = (p.channels >= 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY) | alpha;
         p.pixels.resize(PNG_IMAGE_SIZE(png));
         EXPECT_TRUE(png_image_finish_read(&png, nullptr, p.pixels.data(), 0, nullptr)) << path;
         return p;

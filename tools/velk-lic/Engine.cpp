@@ -20,15 +20,19 @@ constexpr std::uint64_t kMaxAccumBytes = std::uint64_t(1) << 30;
 // The hit counters and channel sums of one LIC of the texture.
 std::uint64_t accumBytes(const Options& o, const VelkImage& texture) {
     const std::uint64_t cells = std::uint64_t(texture.width) * std::uint64_t(texture.height);
-    const std::uint64_t perCell =
-        std::uint64_t(o.subPixels) * std::uint64_t(o.subPixels) + std::uint64_t(texture.nChannels);
+    const std::uint64_t perCell = std::uint64_t(o.subPixels) * std::uint64_t(o.subPixels) +
+                                  std::uint64_t(texture.nChannels) + (o.noData ? 1 : 0);
     return cells * perCell * sizeof(int);
 }
 
 }  // namespace
 
-void configureEngine(const Options& o, int threads, VelkCompute& engine) {
+void configureEngine(const Options& o, int threads, VelkImage* noDataMask, VelkCompute& engine) {
     engine.setThreads(threads);
+    engine.setOrientation(o.orientation);
+    engine.setPeriodic(o.periodicX, o.periodicY);
+    engine.setNoData(o.noData, 0);
+    engine.setNoDataMask(noDataMask);
     engine.setFilterKernel(o.kernel);
     engine.setFilterLength(o.length);
     engine.setNumSubPixels(o.subPixels);
@@ -53,12 +57,13 @@ void checkEngineMemory(const Options& o, const VelkImage& texture) {
                         " MiB); use fewer sub-pixels or a smaller texture");
 }
 
-void readMask(const std::string& path, const VelkVectorField& field, VelkImage& mask) {
-    readPicture(path, "mask", mask);
+void readMask(const std::string& path, const char* role, const VelkVectorField& field,
+              VelkImage& mask) {
+    readPicture(path, role, mask);
     if (mask.nChannels == 3) mask.colorToGrey(nullptr);
     if (mask.width != field.width || mask.height != field.height)
-        throw ToolError("mask '" + path + "' is " + std::to_string(mask.width) + "x" +
-                        std::to_string(mask.height) + " but the field grid is " +
+        throw ToolError(std::string(role) + " '" + path + "' is " + std::to_string(mask.width) +
+                        "x" + std::to_string(mask.height) + " but the field grid is " +
                         std::to_string(field.width) + "x" + std::to_string(field.height));
 }
 
@@ -72,9 +77,12 @@ void computeLic(const Options& o, VelkCompute& engine, VelkVectorField& field, V
     if (!ok) console::libraryFailure("the LIC computation failed");
     if (!mask) return;
 
-    // Pixel centres in field coordinates, as the engine places its seeds.
-    const float rx = static_cast<float>(field.width - 1) / static_cast<float>(lic.width);
-    const float ry = static_cast<float>(field.height - 1) / static_cast<float>(lic.height);
+    // Pixel centres in field coordinates, as the engine places its seeds (a
+    // periodic axis's picture spans all its nodes).
+    const int cellsX = o.periodicX ? field.width : field.width - 1;
+    const int cellsY = o.periodicY ? field.height : field.height - 1;
+    const float rx = static_cast<float>(cellsX) / static_cast<float>(lic.width);
+    const float ry = static_cast<float>(cellsY) / static_cast<float>(lic.height);
     for (int y = 0; y < lic.height; y++) {
         unsigned char* p = lic.data + static_cast<long>(y) * lic.bytesPerLine;
         for (int x = 0; x < lic.width; x++, p += lic.nChannels) {

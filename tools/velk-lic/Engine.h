@@ -8,10 +8,13 @@ class VelkCompute;
 class VelkImage;
 class VelkVectorField;
 
-// Sets kernel, filter length, sub-pixels, lookup, integrator, normalisation
-// and seeding order from the options, and the engine's threads (as
-// VelkCompute::setThreads: 0 the sequential algorithm, -1 one per core).
-void configureEngine(const Options& options, int threads, VelkCompute& engine);
+// Sets kernel, filter length, sub-pixels, lookup, integrator, normalisation,
+// seeding order and the domain settings from the options, with the no-data
+// mask (or null), and the engine's threads (as VelkCompute::setThreads: 0 the
+// sequential algorithm, -1 one per core). The engine's fill is 0: the tool
+// fills in the finished picture.
+void configureEngine(const Options& options, int threads, VelkImage* noDataMask,
+                     VelkCompute& engine);
 
 // How the threads of --threads are spent on the frames of an animation:
 // `frames` of them are computed side by side, each LIC on `engineThreads`.
@@ -28,8 +31,10 @@ ThreadShare shareThreads(const Options& options, const VelkImage& texture);
 // need more memory than the tool allows.
 void checkEngineMemory(const Options& options, const VelkImage& texture);
 
-// Reads the mask picture (grey, of the field grid's size); throws ToolError.
-void readMask(const std::string& path, const VelkVectorField& field, VelkImage& mask);
+// Reads a mask picture (grey, of the field grid's size); `role` names it in
+// messages. Throws ToolError.
+void readMask(const std::string& path, const char* role, const VelkVectorField& field,
+              VelkImage& mask);
 
 // Computes the LIC of `texture` into `lic` in --iterations passes (enhanced
 // with --enhance); with a mask, the pixels whose centre lies where the mask is

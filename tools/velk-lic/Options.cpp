@@ -19,7 +19,7 @@ enum class Id {
     GradientAngle,
     Noise, Seed, NoiseSize, Texture,
     Kernel, Length, SubPixels, Lookup, Integrator, Rk43, Normalization, Seeding, Mask, Threads,
-    Iterations, Enhance,
+    Iterations, Enhance, Orientation, Periodic, NoDataFill, Transparent, NoDataMask,
     Adjust, Brighten, NoAdjust, Equalize, EqualizeTiles, EqualizeClip, Blur, Size, Emboss, Light, Relief, Color, ColorScalar, Colormap,
     Range, Flip, Gamma, Overlay, OverlayMesh,
     Frames, Advect,
@@ -67,6 +67,7 @@ const Requirement kColorMap{oneOf<&Options::coloring, C::Magnitude, C::Scalar>,
 const Requirement kFrames{[](const Options& o) { return o.frames > 1; },
                           "needs --frames with more than one frame"};
 const Requirement kPnm{oneOf<&Options::format, OutputFormat::Pnm>, "applies to PNM output only"};
+const Requirement kPng{oneOf<&Options::format, OutputFormat::Png>, "applies to PNG output only"};
 
 // Options of which at most one may be given, and how to say so.
 struct Group {
@@ -76,6 +77,7 @@ struct Group {
 };
 const Group kOneSource{"give only one field source (", " or ", ")"};
 const Group kOneContrast{"give only one of ", " and ", ""};
+const Group kOneFill{"give only one of ", " and ", ""};
 
 template <FieldSource S>
 void source(Options& o, const OptionValue& v) {
@@ -214,6 +216,42 @@ const Row kRows[] = {
      "high-pass filter the picture before every pass after the first, so that the streaks stay "
      "sharp and apart: LIC, high-pass, LIC", "off",
      [](O o, V) { o.enhance = true; }, &kPasses},
+    {Id::Orientation, "orientation", 0, nullptr,
+     "the field gives directions only up to sign, v and -v meaning the same (polarisation, "
+     "directors, stress axes): lines follow it without turning back", "off",
+     [](O o, V) { o.orientation = true; }},
+    {Id::Periodic, "periodic", 0, "AXES",
+     "periodic field axes, x, y or xy: a line leaving one edge comes back at the opposite one; "
+     "the grid's nodes are one period and the picture spans it, so that it tiles without a seam",
+     "none",
+     [](O o, V v) {
+         const int axes = v.position({"x", "y", "xy"});
+         o.periodicX = axes != 1;
+         o.periodicY = axes != 0;
+     }},
+    {Id::NoDataFill, "nodata-fill", 0, "V",
+     "no-data handling: lines end where the field has no data (NaN or infinite vectors, "
+     "--nodata-mask), at stagnation points and at closed edges; every pixel is divided by the "
+     "kernel weight it received, so edges and holes do not darken; pixels that no line reaches "
+     "get the grey value V, 0 to 255, in the finished picture", "off",
+     [](O o, V v) {
+         o.noData = true;
+         o.noDataFill = v.integer(0, 255);
+     }, nullptr, &kOneFill},
+    {Id::Transparent, "transparent", 0, nullptr,
+     "no-data handling as --nodata-fill, with the pixels that no line reaches transparent (a PNG "
+     "with an alpha channel)", "off",
+     [](O o, V) {
+         o.noData = true;
+         o.transparent = true;
+     }, &kPng, &kOneFill},
+    {Id::NoDataMask, "nodata-mask", 0, "FILE",
+     "grey picture of the field grid's size, not 0 where the field has no data; turns on "
+     "no-data handling (fill 0 unless --nodata-fill or --transparent)", "none",
+     [](O o, V v) {
+         o.noData = true;
+         o.noDataMaskPath = v.text;
+     }},
 
     {Id::Adjust, "adjust", 0, "MEAN,SIGMA",
      "contrast: stretch the non-black pixels to this mean and deviation", "128,48",
@@ -385,7 +423,7 @@ struct Given {
 
 void checkCombinations(Options& o, const Given& given) {
     if (o.output.empty()) throw UsageError("no output file given (use -o FILE; see --help)");
-    for (const Group* group : {&kOneSource, &kOneContrast}) {
+    for (const Group* group : {&kOneSource, &kOneContrast, &kOneFill}) {
         std::vector<std::string> names;
         int count = 0;
         for (const Row& row : kRows) {

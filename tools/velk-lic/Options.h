@@ -59,6 +59,13 @@ struct Options {
     int threads = -1;    // 0: the sequential algorithm; -1: one thread per core
     int iterations = 1;  // 2 when --enhance comes without --iterations
     bool enhance = false;
+    bool orientation = false;
+    bool periodicX = false;
+    bool periodicY = false;
+    bool noData = false;  // no-data handling: set by --nodata-fill, --transparent, --nodata-mask
+    int noDataFill = 0;   // of the finished picture's pixels that no line reaches
+    bool transparent = false;
+    std::string noDataMaskPath;
 
     // Post-processing.
     Contrast contrast = Contrast::Auto;

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include <velk/velk.h>
 
@@ -103,7 +104,28 @@ void readPicture(const std::string& path, const char* role, VelkImage& image) {
                         "; it must be at least 2x2");
 }
 
-void writePng(const VelkImage& image, const std::string& path) {
+namespace {
+
+// The picture's channels with the alpha behind each pixel's, rows packed.
+std::vector<unsigned char> withAlpha(const VelkImage& image, const VelkImage& alpha) {
+    const int channels = image.nChannels;
+    std::vector<unsigned char> out(static_cast<std::size_t>(image.width) * image.height *
+                                   (channels + 1));
+    unsigned char* o = out.data();
+    for (int y = 0; y < image.height; y++) {
+        const unsigned char* p = image.data + static_cast<std::ptrdiff_t>(y) * image.bytesPerLine;
+        const unsigned char* a = alpha.data + static_cast<std::ptrdiff_t>(y) * alpha.bytesPerLine;
+        for (int x = 0; x < image.width; x++) {
+            for (int c = 0; c < channels; c++) *o++ = *p++;
+            *o++ = a[x];
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+void writePng(const VelkImage& image, const std::string& path, const VelkImage* alpha) {
     if (image.nChannels != 1 && image.nChannels != 3)
         throw ToolError("cannot write " + quoted(path) + ": the picture has " +
                         std::to_string(image.nChannels) + " channels");
@@ -116,9 +138,15 @@ void writePng(const VelkImage& image, const std::string& path) {
     png.version = PNG_IMAGE_VERSION;
     png.width = static_cast<png_uint_32>(image.width);
     png.height = static_cast<png_uint_32>(image.height);
-    png.format = image.nChannels == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+    const bool rgb = image.nChannels == 3;
+    png.format =
+        alpha ? (rgb ? PNG_FORMAT_RGBA : PNG_FORMAT_GA) : (rgb ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY);
+    const std::vector<unsigned char> interleaved =
+        alpha ? withAlpha(image, *alpha) : std::vector<unsigned char>();
+    const unsigned char* pixels = alpha ? interleaved.data() : image.data;
+    const int stride = alpha ? image.width * (image.nChannels + 1) : image.bytesPerLine;
     // Row 0 is the bottom of the picture: a negative stride writes it last.
-    int ok = png_image_write_to_stdio(&png, file, 0, image.data, -image.bytesPerLine, nullptr);
+    int ok = png_image_write_to_stdio(&png, file, 0, pixels, -stride, nullptr);
     std::string message = ok ? "" : png.message;
     png_image_free(&png);
     bool flushed = std::fflush(file) == 0 && !std::ferror(file);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Console.h"
+#include "NoData.h"
 #include "Options.h"
 #include "Overlay.h"
 #include "ToolError.h"
@@ -115,7 +116,7 @@ PostProcessor::PostProcessor(const Options& options, VelkVectorField& field)
 
 PostProcessor::~PostProcessor() = default;
 
-void PostProcessor::apply(VelkImage& picture) {
+void PostProcessor::apply(VelkImage& picture, const VelkImage* weight) {
     adjustContrast(picture);
     blur(picture);
     if (options.resize &&
@@ -128,6 +129,7 @@ void PostProcessor::apply(VelkImage& picture) {
         picture.emboss(field, nullptr);
     }
     color(picture);
+    if (weight && !options.transparent) fillNoData(*weight, options.noDataFill, picture);
     drawOverlays(options, picture);
 }
 

@@ -19,8 +19,10 @@ class PostProcessor {
     PostProcessor(const PostProcessor&) = delete;
     PostProcessor& operator=(const PostProcessor&) = delete;
 
-    // Turns the LIC picture into the finished picture, in place.
-    void apply(VelkImage& picture);
+    // Turns the LIC picture into the finished picture, in place. With the
+    // engine's weight image (no-data handling), the pixels no line reached
+    // get the fill value before the overlays are drawn (unless transparent).
+    void apply(VelkImage& picture, const VelkImage* weight);
 
   private:
     void adjustContrast(VelkImage& picture);

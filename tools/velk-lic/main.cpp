@@ -21,6 +21,7 @@
 #include "Console.h"
 #include "Engine.h"
 #include "FieldSource.h"
+#include "NoData.h"
 #include "Options.h"
 #include "Pictures.h"
 #include "PostProcess.h"
@@ -49,10 +50,10 @@ void checkWritableDirectory(const std::string& path) {
         throw ToolError("cannot write '" + path + "': " + std::strerror(errno));
 }
 
-void writeOutput(const Options& o, VelkImage& picture, int frame) {
+void writeOutput(const Options& o, VelkImage& picture, const VelkImage* alpha, int frame) {
     const std::string name = frameName(o.output, frame, o.frames);
     if (o.format == OutputFormat::Png) {
-        writePng(picture, name);
+        writePng(picture, name, alpha);
     } else {
         writePnm(picture, name, o.ascii);
     }
@@ -68,9 +69,10 @@ void writeOutput(const Options& o, VelkImage& picture, int frame) {
 // side by side; they are written one after the other, in order.
 class FrameMaker {
   public:
-    FrameMaker(const Options& o, VelkVectorField& field, VelkImage* mask, int threads)
+    FrameMaker(const Options& o, VelkVectorField& field, VelkImage* mask, VelkImage* noDataMask,
+               int threads)
         : options(o), field(field), mask(mask), post(o, field) {
-        configureEngine(o, threads, engine);
+        configureEngine(o, threads, noDataMask, engine);
     }
 
     void make(VelkImage& texture, console::Progress* progress = nullptr) {
@@ -79,10 +81,14 @@ class FrameMaker {
                            std::to_string(texture.height) + " LIC");
         computeLic(options, engine, field, texture, mask, picture);
         if (progress) progress->show("finishing the picture");
-        post.apply(picture);
+        const VelkImage* weight = options.noData ? &engine.getWeight() : nullptr;
+        post.apply(picture, weight);
+        if (options.transparent) noDataAlpha(*weight, picture.width, picture.height, alpha);
     }
 
-    void write(int frame) { writeOutput(options, picture, frame); }
+    void write(int frame) {
+        writeOutput(options, picture, options.transparent ? &alpha : nullptr, frame);
+    }
 
   private:
     const Options& options;
@@ -91,6 +97,7 @@ class FrameMaker {
     VelkCompute engine;
     PostProcessor post;
     VelkImage picture;
+    VelkImage alpha;  // with --transparent
 };
 
 // Runs work(0) .. work(n - 1) side by side; the first failure by index is
@@ -129,9 +136,11 @@ void run(Options& o) {
     VelkImage texture;
     makeTexture(o, texture);
     checkEngineMemory(o, texture);
-    VelkImage mask;
-    if (!o.maskPath.empty()) readMask(o.maskPath, field, mask);
+    VelkImage mask, noDataMask;
+    if (!o.maskPath.empty()) readMask(o.maskPath, "mask", field, mask);
+    if (!o.noDataMaskPath.empty()) readMask(o.noDataMaskPath, "no-data mask", field, noDataMask);
     VelkImage* maskPointer = o.maskPath.empty() ? nullptr : &mask;
+    VelkImage* noDataPointer = o.noDataMaskPath.empty() ? nullptr : &noDataMask;
 
     const long long pixels = static_cast<long long>(texture.width) * texture.height +
                              (o.resize ? static_cast<long long>(o.size.width) * o.size.height : 0);
@@ -139,7 +148,8 @@ void run(Options& o) {
     const ThreadShare share = shareThreads(o, texture);
     std::vector<std::unique_ptr<FrameMaker>> makers;
     for (int i = 0; i < share.frames; i++)
-        makers.emplace_back(new FrameMaker(o, field, maskPointer, share.engineThreads));
+        makers.emplace_back(
+            new FrameMaker(o, field, maskPointer, noDataPointer, share.engineThreads));
     if (o.frames == 1) {
         makers[0]->make(texture, &progress);
         progress.show("writing " + o.output);
