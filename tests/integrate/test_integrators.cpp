@@ -179,3 +179,52 @@ TEST(FieldEvaluation, DerivativesMatchTheRecordedHashes) {
     EXPECT_EQ(unset.status, 1);
     expectRecorded("recorded/integrate-derivs.txt", hashes);
 }
+
+// A periodic axis of W nodes repeats every W units, node W being node 0:
+// derivatives there are those of the closed grid with node 0 repeated behind
+// the last node, at the point and at whole periods away. An orientation field
+// agrees with the heading before it is blended: negating any nodes changes
+// nothing, and nodes that already agree give the plain derivative.
+TEST(FieldEvaluation, PeriodicAxesRepeatAndOrientationAgreesWithTheHeading) {
+    const int W = 5, H = 4;
+    const auto f = [](int i, int j) { return Vec2f{-1.0f + 0.5f * i, 2.0f + 0.1f * j - 0.2f * i}; };
+    Grid g(W, H, f);
+    Grid repeated(W + 1, H + 1, [&](int i, int j) { return f(i % W, j % H); });
+    Grid negated(W, H, [&](int i, int j) {
+        const Vec2f v = f(i, j);
+        return (i * 7 + j * 3) % 4 < 2 ? Vec2f{-v.x, -v.y} : v;
+    });
+    Euler periodic, closed, plain, orientation, flipped;
+    g.attach(periodic);
+    repeated.attach(closed);
+    g.attach(plain);
+    g.attach(orientation);
+    negated.attach(flipped);
+    periodic.domain = VelkIntegrator::PERIODIC_X | VelkIntegrator::PERIODIC_Y;
+    orientation.domain = flipped.domain = VelkIntegrator::ORIENTATION;
+    // Multiples of 1/8: shifted by whole periods, the fractions stay exact.
+    for (float y = 0.0f; y < H - 1.001f; y += 0.375f) {
+        for (float x = 0.0f; x < W; x += 0.625f) {
+            SCOPED_TRACE(testing::Message() << x << "," << y);
+            Vec2f want = {0, 0}, got = {0, 0};
+            closed.status = 0;
+            closed.derivs({x, y}, want);
+            for (int k : {-2, 0, 1}) {
+                periodic.status = 0;
+                periodic.derivs({x + static_cast<float>(k * W), y + static_cast<float>(k * H)},
+                                got);
+                EXPECT_EQ(periodic.status, 0);
+                EXPECT_EQ(got.x, want.x);
+                EXPECT_EQ(got.y, want.y);
+            }
+            if (x > W - 1.001f) continue;
+            plain.derivs({x, y}, want);
+            for (Euler* it : {&orientation, &flipped}) {
+                it->heading = {0.6f, 0.8f};
+                it->derivs({x, y}, got);
+                EXPECT_EQ(got.x, want.x);
+                EXPECT_EQ(got.y, want.y);
+            }
+        }
+    }
+}
