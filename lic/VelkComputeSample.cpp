@@ -92,32 +92,9 @@ bool velk::sampleLine(const VelkCompute& e, int cellShift, LineTools& tools, con
     // The records are filled after the tracing: the loop keeps the engine's
     // scales in registers instead of reloading them around every call.
     const LookupKind kind = lookupKindOf(e.getPixel);
-    const Texture texture = textureOf(e.input);
-    const RecordFill fill = {{e.xScale, e.yScale, e.xMax, e.yMax, texture.periodX, texture.periodY,
-                              cellLayout(cellShift, e.width, e.height)},
-                             e.numSubPixels,
-                             e.nChannels,
-                             e.input,
-                             texture,
-                             e.getPixel,
-                             e.accum,
-                             e.cellStride};
-    fillLine(fill, kind, tools.positions, tools.points, tools.samples, lo, lo + n, hi - n, hi);
-
+    fillLine(recordFillOf(e, cellShift), kind, tools.positions, tools.points, tools.samples, lo,
+             lo + n, hi - n, hi);
     // The library's lookups deliver bytes; a host's own may not.
-    const LineSums line = {tools.samples,
-                           tools.sums,
-                           tools.points,
-                           e.accum,
-                           e.cellStride,
-                           e.numSubCells,
-                           e.nChannels,
-                           c,
-                           lo,
-                           hi,
-                           n,
-                           zone,
-                           deferred};
-    convolveLine(line, e.filterKernel, kind != kLookupPointer);
+    convolveLine(lineSumsOf(e, tools, zone, deferred), e.filterKernel, kind != kLookupPointer);
     return true;
 }

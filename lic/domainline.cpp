@@ -82,16 +82,7 @@ bool sampleDomainLine(const VelkCompute& e, int cellShift, LineTools& tools, con
     tools.lo = lo;
     tools.hi = hi;
 
-    const Texture texture = textureOf(e.input);
-    const RecordFill fill = {{e.xScale, e.yScale, e.xMax, e.yMax, texture.periodX, texture.periodY,
-                              cellLayout(cellShift, e.width, e.height)},
-                             e.numSubPixels,
-                             e.nChannels,
-                             e.input,
-                             texture,
-                             e.getPixel,
-                             e.accum,
-                             e.cellStride};
+    const RecordFill fill = recordFillOf(e, cellShift);
     const LookupKind kind = lookupKindOf(e.getPixel);
     if (wrapX || wrapY) {
         fillWrapped(fill, axisWrap(wrapX, W, e.xMax, e.xScale, e.width),
@@ -101,19 +92,7 @@ bool sampleDomainLine(const VelkCompute& e, int cellShift, LineTools& tools, con
         fillLine(fill, kind, tools.positions, tools.points, tools.samples, lo, lo + n, hi - n, hi);
     }
 
-    const LineSums line = {tools.samples,
-                           tools.sums,
-                           tools.points,
-                           e.accum,
-                           e.cellStride,
-                           e.numSubCells,
-                           e.nChannels,
-                           c,
-                           lo,
-                           hi,
-                           n,
-                           zone,
-                           deferred};
+    const LineSums line = lineSumsOf(e, tools, zone, deferred);
     if (!e.getNoData()) {
         convolveLine(line, e.filterKernel, kind != kLookupPointer);
         return true;
