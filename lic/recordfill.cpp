@@ -50,23 +50,9 @@ void fillRecords(const RecordFill& f, const Vec2f* positions, VelkCompute::LineP
 
 void fillLine(const RecordFill& f, LookupKind kind, const Vec2f* positions,
               VelkCompute::LinePoint* points, int* samples, int lo, int first, int last, int hi) {
-    switch (kind) {
-        case kLookupBilinear1:
-            fillRecords<kLookupBilinear1>(f, positions, points, samples, lo, first, last, hi);
-            break;
-        case kLookupConst1:
-            fillRecords<kLookupConst1>(f, positions, points, samples, lo, first, last, hi);
-            break;
-        case kLookupBilinearN:
-            fillRecords<kLookupBilinearN>(f, positions, points, samples, lo, first, last, hi);
-            break;
-        case kLookupConstN:
-            fillRecords<kLookupConstN>(f, positions, points, samples, lo, first, last, hi);
-            break;
-        case kLookupPointer:
-            fillRecords<kLookupPointer>(f, positions, points, samples, lo, first, last, hi);
-            break;
-    }
+    withLookup(kind, [&](auto lookup) {
+        fillRecords<decltype(lookup)::value>(f, positions, points, samples, lo, first, last, hi);
+    });
 }
 
 }  // namespace velk

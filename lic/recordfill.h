@@ -2,6 +2,7 @@
 #define VELK_LIC_RECORDFILL_H
 
 #include <cstddef>
+#include <type_traits>
 
 #include <velk/VelkCompute.h>
 #include "forceinline.h"
@@ -19,6 +20,29 @@ enum LookupKind {
     kLookupBilinearN,
     kLookupConstN
 };
+
+// Calls f(std::integral_constant<LookupKind, kind>()), so that a line's
+// records are filled by code made for its lookup.
+template <class F>
+void withLookup(LookupKind kind, F f) {
+    switch (kind) {
+        case kLookupBilinear1:
+            f(std::integral_constant<LookupKind, kLookupBilinear1>());
+            break;
+        case kLookupConst1:
+            f(std::integral_constant<LookupKind, kLookupConst1>());
+            break;
+        case kLookupBilinearN:
+            f(std::integral_constant<LookupKind, kLookupBilinearN>());
+            break;
+        case kLookupConstN:
+            f(std::integral_constant<LookupKind, kLookupConstN>());
+            break;
+        case kLookupPointer:
+            f(std::integral_constant<LookupKind, kLookupPointer>());
+            break;
+    }
+}
 
 inline LookupKind lookupKindOf(VelkCompute::PixelLookup getPixel) {
     if (getPixel == VelkCompute::getPixelBilinear1) return kLookupBilinear1;

@@ -99,25 +99,10 @@ void fillRecords(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay,
 void fillWrapped(const RecordFill& f, const AxisWrap& ax, const AxisWrap& ay, LookupKind kind,
                  const Vec2f* positions, VelkCompute::LinePoint* points, int* samples, int lo,
                  int first, int last, int hi) {
-    switch (kind) {
-        case kLookupBilinear1:
-            fillRecords<kLookupBilinear1>(f, ax, ay, positions, points, samples, lo, first, last,
-                                          hi);
-            break;
-        case kLookupConst1:
-            fillRecords<kLookupConst1>(f, ax, ay, positions, points, samples, lo, first, last, hi);
-            break;
-        case kLookupBilinearN:
-            fillRecords<kLookupBilinearN>(f, ax, ay, positions, points, samples, lo, first, last,
-                                          hi);
-            break;
-        case kLookupConstN:
-            fillRecords<kLookupConstN>(f, ax, ay, positions, points, samples, lo, first, last, hi);
-            break;
-        case kLookupPointer:
-            fillRecords<kLookupPointer>(f, ax, ay, positions, points, samples, lo, first, last, hi);
-            break;
-    }
+    withLookup(kind, [&](auto lookup) {
+        fillRecords<decltype(lookup)::value>(f, ax, ay, positions, points, samples, lo, first, last,
+                                             hi);
+    });
 }
 
 }  // namespace velk
