@@ -11,7 +11,6 @@
 #include <velk/report.h>
 #include "TiledSeeding.h"
 #include "celllayout.h"
-#include "forceinline.h"
 
 namespace {
 
@@ -50,49 +49,28 @@ void visitCells(const int* accum, int stride, const velk::CellLayout<float, int>
     }
 }
 
-template <int kSubCells>
-VELK_ALWAYS_INLINE int hitsOf(const int* cell, int subCells) {
-    const int nSub = kSubCells != 0 ? kSubCells : subCells;
-    int hits = 0;
-    for (int s = 0; s < nSub; s++) hits += cell[s];
-    return hits;
-}
-
-// Each output pixel becomes its channel sums divided by its hits (0 without
-// hits); returns the hits of all pixels. kSubCells and kChannels are the
-// counts when known at compile time, 0 otherwise.
-template <int kSubCells, int kChannels>
-long long normalize(const int* accum, unsigned char* out, const velk::CellLayout<float, int>& cells,
-                    int subCells, int channels) {
+// Each output pixel becomes its channel sums divided by its hits, `fill`
+// without hits; returns the hits of all pixels. With kWeight (no-data
+// handling) the weight shares behind the channel sums become `weight`, 0
+// without hits. kSubCells and kChannels are the counts when known at compile
+// time, 0 otherwise.
+template <int kSubCells, int kChannels, bool kWeight>
+long long normalize(const int* accum, unsigned char* out, unsigned char* weight,
+                    const velk::CellLayout<float, int>& cells, int subCells, int channels,
+                    int fill) {
     const int nSub = kSubCells != 0 ? kSubCells : subCells;
     const int nch = kChannels != 0 ? kChannels : channels;
     long long total = 0;
-    visitCells(accum, nSub + nch, cells, [&](const int* cell, std::size_t pixel) {
-        const int hits = hitsOf<kSubCells>(cell, nSub);
+    visitCells(accum, nSub + nch + kWeight, cells, [&](const int* cell, std::size_t pixel) {
+        int hits = 0;
+        for (int s = 0; s < nSub; s++) hits += cell[s];
         total += hits;
+        const int* sums = cell + nSub;
         unsigned char* o = out + pixel * nch;
         for (int ch = 0; ch < nch; ch++) {
-            o[ch] = static_cast<unsigned char>(hits != 0 ? cell[nSub + ch] / hits : 0);
-        }
-    });
-    return total;
-}
-
-// normalize for a computation with no-data handling: the weight shares behind
-// the channel sums become `weight`, and pixels without hits get `fill`.
-long long normalizeEnding(const int* accum, unsigned char* out, unsigned char* weight,
-                          const velk::CellLayout<float, int>& cells, int subCells, int channels,
-                          int fill) {
-    long long total = 0;
-    visitCells(accum, subCells + channels + 1, cells, [&](const int* cell, std::size_t pixel) {
-        const int hits = hitsOf<0>(cell, subCells);
-        total += hits;
-        unsigned char* o = out + pixel * channels;
-        const int* sums = cell + subCells;
-        for (int ch = 0; ch < channels; ch++) {
             o[ch] = static_cast<unsigned char>(hits != 0 ? sums[ch] / hits : fill);
         }
-        weight[pixel] = static_cast<unsigned char>(hits != 0 ? sums[channels] / hits : 0);
+        if (kWeight) weight[pixel] = static_cast<unsigned char>(hits != 0 ? sums[nch] / hits : 0);
     });
     return total;
 }
@@ -437,12 +415,13 @@ int VelkCompute::compute(VelkVectorField* field, VelkImage* input, VelkImage* ou
     long long total;
     if (noData) {
         weight->setSize(width, height, 1);
-        total = normalizeEnding(accum, output->data, weight->data, cells, numSubCells, nChannels,
-                                noDataFill);
+        total = normalize<0, 0, true>(accum, output->data, weight->data, cells, numSubCells,
+                                      nChannels, noDataFill);
     } else if (numSubCells == 1 && nChannels == 1) {
-        total = normalize<1, 1>(accum, output->data, cells, 1, 1);
+        total = normalize<1, 1, false>(accum, output->data, nullptr, cells, 1, 1, 0);
     } else {
-        total = normalize<0, 0>(accum, output->data, cells, numSubCells, nChannels);
+        total =
+            normalize<0, 0, false>(accum, output->data, nullptr, cells, numSubCells, nChannels, 0);
     }
     totalHits = total > INT_MAX ? INT_MAX : static_cast<int>(total);
     stop();
